@@ -1,0 +1,37 @@
+#include "applicationsetup.h"
+
+#include <QApplication>
+#include <QIcon>
+#include <QLocale>
+#include <QWidget>
+
+#include "qt_compat.h"
+
+ApplicationSetup::ApplicationSetup()
+    : style_file(QStringLiteral("style.qss")), languages(QLocale::system().uiLanguages()) {
+    use_utf8_locale_codec();
+    apply_style_sheet();
+    install_translation();
+}
+
+void ApplicationSetup::dress_window(QWidget& window) {
+    window.setWindowIcon(QIcon(QStringLiteral("img/zandrel_logo.svg")));
+    window.setWindowFlags(Qt::Window | Qt::WindowMinimizeButtonHint | Qt::WindowCloseButtonHint);
+}
+
+void ApplicationSetup::apply_style_sheet() {
+    if (!style_file.open(QIODevice::ReadOnly)) {
+        return;
+    }
+    qApp->setStyleSheet(QString::fromLatin1(style_file.readAll()));
+}
+
+void ApplicationSetup::install_translation() {
+    for (const QString& language : qAsConst(languages)) {
+        const QString base_name = QStringLiteral("TesquinGUI_") + QLocale(language).name();
+        if (translator.load(QStringLiteral(":/i18n/") + base_name)) {
+            QCoreApplication::installTranslator(&translator);
+            return;
+        }
+    }
+}

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <QFile>
+#include <QStringList>
+#include <QTranslator>
+
+class QWidget;
+
+/// What every program of ours does to its `QApplication` before the first window: UTF-8 as the
+/// locale codec, the style sheet "style.qss" of the working directory, and the first translation
+/// found for the user's interface languages.
+///
+/// Create one on the stack after the application object and keep it until the event loop has ended.
+/// A missing style sheet or translation is passed over in silence.
+class ApplicationSetup {
+public:
+    ApplicationSetup();
+
+    /// Gives a top-level window, not yet shown, the product's icon and a frame with minimise and
+    /// close buttons only.
+    static void dress_window(QWidget& window);
+
+private:
+    void apply_style_sheet();
+    void install_translation();
+
+    QFile style_file;
+    QTranslator translator;
+    QStringList languages;
+};

@@ -1,0 +1,108 @@
+#include "screen_pieces.h"
+
+#include <QGridLayout>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QLinearGradient>
+#include <QMovie>
+#include <QPalette>
+#include <QPushButton>
+#include <QVariant>
+#include <memory>
+
+#include "network.h"
+#include "qt_compat.h"
+
+QString latin1_text(const std::string& bytes) {
+    return QString::fromLatin1(bytes.data(), static_cast<int>(bytes.size()));
+}
+
+void clear_layout(QWidget& window) {
+    QLayout* const layout = window.layout();
+    if (layout == nullptr) {
+        return;
+    }
+    while (const auto item = std::unique_ptr<QLayoutItem>(layout->takeAt(0))) {
+        delete item->widget();
+    }
+    delete layout;
+}
+
+QLabel* animated_label(const QString& file, const QSize& size) {
+    auto* const label = new QLabel;
+    auto* const movie = new QMovie(file, QByteArray(), label);
+    label->setFixedSize(size);
+    label->setMovie(movie);
+    movie->setScaledSize(size);
+    movie->start();
+    return label;
+}
+
+QWidget* centred_animation(const QString& file, const QSize& size) {
+    QLabel* const animation = animated_label(file, size);
+    animation->setAlignment(Qt::AlignCenter);
+    animation->setStyleSheet(QStringLiteral("text-align:center;"));
+
+    auto* const box = new QWidget;
+    auto* const layout = new QHBoxLayout(box);
+    layout->addWidget(animation);
+    layout->setAlignment(Qt::AlignCenter);
+    return box;
+}
+
+QLabel* status_label(const QString& text, const QString& style) {
+    auto* const label = new QLabel(text);
+    label->setStyleSheet(style);
+    label->setAlignment(Qt::AlignCenter);
+    return label;
+}
+
+QWidget* button_row(const std::vector<std::pair<QString, QString>>& buttons) {
+    auto* const row = new QWidget;
+    auto* const layout = new QHBoxLayout(row);
+    for (const auto& [text, style] : buttons) {
+        auto* const button = new QPushButton(text);
+        button->setStyleSheet(style);
+        layout->addWidget(button);
+    }
+    return row;
+}
+
+QWidget* form_panel(const std::vector<std::pair<QString, QWidget*>>& rows,
+                    const QString& save_text) {
+    auto* const panel = new QWidget;
+    auto* const grid = new QGridLayout(panel);
+    int row = 1;
+    for (const auto& [label, field] : rows) {
+        grid->addWidget(new QLabel(label), row, 1);
+        grid->addWidget(field, row, 2);
+        ++row;
+    }
+    auto* const save = new QPushButton(save_text);
+    save->setStyleSheet(QStringLiteral("background:#333;color:#fff;margin-top:15px;padding:5px;"));
+    grid->addWidget(save, row, 2);
+    return panel;
+}
+
+void set_flat_background(QWidget& window, const QString& colour) {
+    QLinearGradient gradient(0, 0, 0, window.height());
+    gradient.setColorAt(0.0, QColor(colour));
+    QPalette palette;
+    palette.setBrush(QPalette::Window, QBrush(gradient));
+    window.setAutoFillBackground(true);
+    window.setPalette(palette);
+}
+
+void add_network_buttons(const std::vector<Network*>& networks, QBoxLayout& column, QWidget& window,
+                         const char* slot) {
+    auto* const mapper = new QSignalMapper(&window);
+    int index = 0;
+    for (const Network* network : networks) {
+        auto* const button = new QPushButton(latin1_text(network->name));
+        QObject::connect(button, SIGNAL(clicked()), mapper, SLOT(map()));
+        mapper->setMapping(button, index++);
+        button->setProperty("class", QStringLiteral("net-btn"));
+        column.addWidget(button);
+    }
+    QObject::connect(mapper, mapped_signal(), &window, slot);
+}
