@@ -1,0 +1,64 @@
+#include <QApplication>
+#include <QDeadlineTimer>
+#include <QPainter>
+#include <QPixmap>
+#include <QSplashScreen>
+#include <QWindow>
+
+#include "applicationsetup.h"
+#include "clientwindow.h"
+#include "usage.h"
+
+namespace {
+
+/// What stands on the screen while the search blocks the program: the search picture over its text.
+QPixmap search_picture() {
+    QPixmap picture(335, 400);
+    picture.fill(Qt::white);
+    QPainter painter(&picture);
+    painter.drawPixmap(0, 0, QPixmap(QStringLiteral("wifi.gif")));
+    QFont font = painter.font();
+    font.setPixelSize(18);
+    painter.setFont(font);
+    painter.setPen(Qt::blue);
+    painter.drawText(QRect(0, 335, 335, 65), Qt::AlignCenter,
+                     QStringLiteral("Recherche d'un Reseau disponible ..."));
+    painter.setPen(QColor(QStringLiteral("#3399ff")));
+    painter.drawRect(picture.rect().adjusted(0, 0, -1, -1));
+    return picture;
+}
+
+/// Shows the splash and waits until it is really on the screen, two seconds at most.
+void show_at_once(QSplashScreen& splash) {
+    splash.show();
+    const QDeadlineTimer deadline(2000);
+    while (!splash.windowHandle()->isExposed() && !deadline.hasExpired()) {
+        QApplication::processEvents(QEventLoop::AllEvents, 50);
+    }
+    splash.repaint();
+    QApplication::processEvents();
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    if (asked_for_help(argc, argv,
+                       "Usage : quorvale-client\n"
+                       "\n"
+                       "Cherche les serveurs Quorvale du réseau local et ouvre dans le navigateur "
+                       "celui qu'on choisit.\n"
+                       "\n"
+                       "  --help    affiche cette aide\n")) {
+        return 0;
+    }
+    const QApplication application(argc, argv);
+    const ApplicationSetup setup;
+    QSplashScreen splash(search_picture());
+    show_at_once(splash);
+
+    ClientWindow window(nullptr);
+    ApplicationSetup::dress_window(window);
+    window.show();
+    splash.finish(&window);
+    return QApplication::exec();
+}

@@ -1,0 +1,47 @@
+#pragma once
+
+#include <QDialog>
+#include <string>
+#include <vector>
+
+class Network;
+
+/// The client's window, 600 x 400 pixels: finds the servers of the LAN, lists them, and sends the
+/// browser to the one that is clicked. It shows one screen at a time.
+///
+/// A screen is built by a member whose name ends in `_mode`, on a window without a layout. All
+/// members run on the GUI thread.
+class ClientWindow : public QDialog {
+    Q_OBJECT
+
+public:
+    /// Runs the whole search: blocks until its commands have ended, before the window can show. The
+    /// window then has its list screen, or the search screen for good when no server answered.
+    /// Throws what `find_servers` throws.
+    explicit ClientWindow(QWidget* parent);
+    /// Deletes the records.
+    ~ClientWindow() override;
+
+    ClientWindow(const ClientWindow&) = delete;
+    ClientWindow& operator=(const ClientWindow&) = delete;
+
+    /// Search screen; then the search, and the list screen when servers were found.
+    void searching_networks_mode();
+    /// List screen: a button a server.
+    void selecting_networks_mode();
+    /// Sends the browser to a server, given as host:8000, then shows the connected screen, whatever
+    /// became of the browser.
+    void go_to_network(std::string address);
+    /// Connected screen. Its texts are fixed: the server is not named on it.
+    void network_selected_mode();
+
+    /// Clears the current screen; the argument is not used.
+    void remove_layouts(QWidget* widget);
+
+private slots:
+    void launch_netw(int n);
+
+private:
+    std::vector<Network*> networks;    ///< owned; button i of the list screen is element i
+    std::vector<std::string> servers;  ///< host:8000 of every server found, in the order found
+};
