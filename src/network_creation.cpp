@@ -1,0 +1,105 @@
+#include "network_creation.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QProcess>
+#include <QRegularExpression>
+#include <QStringList>
+#include <iostream>
+
+#include "hub_utilities.h"
+
+namespace {
+
+const char* const template_parts[] = {"settings.py", "urls.py",   "hubs",
+                                      "ressources",  "templates", "static"};
+
+/// The first part of the template that the directory lacks, or an empty text.
+QString missing_template_part(const QDir& directory) {
+    for (const char* part : template_parts) {
+        if (!directory.exists(QString::fromLatin1(part))) {
+            return QString::fromLatin1(part);
+        }
+    }
+    return {};
+}
+
+/// Python itself knows best which words it takes for a name.
+bool is_python_identifier(const QString& name) {
+    const QString program = QStringLiteral(
+        "import keyword, sys; name = sys.argv[1]; "
+        "sys.exit(not (name.isascii() and name.isidentifier()) or keyword.iskeyword(name))");
+    return QProcess::execute(QStringLiteral("python3"), {QStringLiteral("-c"), program, name}) == 0;
+}
+
+/// Why no network of that name can be created here, or an empty text.
+QString refusal(const QString& name) {
+    if (!is_python_identifier(name)) {
+        return QString::fromUtf8(
+            "le nom doit être un identifiant Python : des lettres sans accent, des chiffres et « _ "
+            "», sans chiffre au début.");
+    }
+    const QFileInfo project(name);
+    if (project.exists() || project.isSymLink()) {
+        return QString::fromUtf8("un fichier ou un répertoire de ce nom existe déjà ici.");
+    }
+    if (is_recorded(name.toStdString())) {
+        return QString::fromUtf8("un réseau de ce nom est déjà enregistré dans networks.data.");
+    }
+    const QString missing = missing_template_part(QDir::current());
+    if (!missing.isEmpty()) {
+        return QString::fromUtf8("il manque « %1 », une partie du modèle, dans ce répertoire.")
+            .arg(missing);
+    }
+    const QRegularExpression plain_path(QStringLiteral(R"(^[\w/.,:@%+=-]+$)"),
+                                        QRegularExpression::UseUnicodePropertiesOption);
+    if (!plain_path.match(QDir::currentPath()).hasMatch()) {
+        return QString::fromUtf8(
+            "le chemin de ce répertoire contient un espace ou un caractère que le terminal ne "
+            "prendrait pas tel quel.");
+    }
+    return {};
+}
+
+int fail(const QString& name, const QString& reason) {
+    std::cerr << "Réseau « " << name.toStdString() << " » : " << reason.toStdString() << std::endl;
+    return 1;
+}
+
+}  // namespace
+
+int create_and_record_network(const std::string& name) {
+    const QString project_name = QFile::decodeName(name.c_str());
+    const QString reason = refusal(project_name);
+    if (!reason.isEmpty()) {
+        return fail(project_name, reason);
+    }
+
+    create_new_network(name, name);
+    const QDir project(project_name);
+    if (!project.exists(QStringLiteral("manage.py"))) {
+        return fail(project_name, QString::fromUtf8("le projet Django n'a pas pu être créé."));
+    }
+    const QString missing = missing_template_part(QDir(project.filePath(project_name)));
+    if (!missing.isEmpty()) {
+        return fail(project_name,
+                    QString::fromUtf8("« %1 » n'a pas pu être copié du modèle.").arg(missing));
+    }
+
+    const QByteArray directory = QFile::encodeName(project.absolutePath());
+    if (record_hub_network(name, directory.toStdString()) != 0) {
+        return 1;
+    }
+    QProcess migration;
+    migration.setProcessChannelMode(QProcess::ForwardedChannels);
+    migration.setWorkingDirectory(project.absolutePath());
+    migration.start(QStringLiteral("python3"),
+                    {QStringLiteral("manage.py"), QStringLiteral("migrate"),
+                     QStringLiteral("--verbosity"), QStringLiteral("0")});
+    if (!migration.waitForFinished(-1) || migration.exitCode() != 0) {
+        return fail(project_name,
+                    QString::fromUtf8("sa base de données n'a pas pu être préparée."));
+    }
+    return 0;
+}

@@ -1,0 +1,88 @@
+#include "setupwindow.h"
+
+#include <QComboBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPixmap>
+#include <QVBoxLayout>
+
+#include "screen_pieces.h"
+
+namespace {
+
+QWidget* sidebar_item(const QString& icon_file, int icon_width, const QString& caption_text) {
+    auto* const icon = new QLabel;
+    icon->setPixmap(QPixmap(icon_file));
+    icon->setScaledContents(true);
+    icon->setFixedSize(icon_width, 40);
+    icon->setAlignment(Qt::AlignCenter);
+
+    auto* const caption = new QLabel(caption_text);
+    caption->setAlignment(Qt::AlignCenter);
+
+    auto* const item = new QWidget;
+    auto* const layout = new QVBoxLayout(item);
+    layout->addWidget(icon);
+    layout->addWidget(caption);
+    layout->setAlignment(Qt::AlignCenter);
+    layout->setContentsMargins(0, 0, 0, 0);
+    return item;
+}
+
+QWidget* sidebar() {
+    auto* const bar = new QWidget;
+    auto* const layout = new QVBoxLayout(bar);
+    layout->setSpacing(30);
+    layout->addWidget(sidebar_item(
+        QStringLiteral("img/image-regular.svg"), 45,
+        QStringLiteral("<div style='color:black;text-align:center;'> Apparence </div>")));
+    layout->addWidget(sidebar_item(
+        QStringLiteral("img/users-solid.svg"), 45,
+        QStringLiteral("<div style='color:#0072c6;text-align:center;'> Utilisateurs </div>")));
+    layout->addWidget(sidebar_item(
+        QStringLiteral("img/folder-open-solid.svg"), 50,
+        QStringLiteral("<div style='color:black;text-align:center;'> Repertoires </div>")));
+    layout->addWidget(sidebar_item(
+        QStringLiteral("img/network-wired-solid.svg"), 50,
+        QString::fromUtf8("<div style='color:black;text-align:center;'> Réseaux </div>")));
+    bar->setStyleSheet(QStringLiteral("background-color: #fff; color: #333;"));
+    return bar;
+}
+
+QWidget* users_section() {
+    auto* const section = new QWidget;
+    auto* const layout = new QVBoxLayout(section);
+    layout->addWidget(new QLabel(QStringLiteral("Configuration des Utilisateurs")));
+    layout->addWidget(
+        new QLabel(QStringLiteral(" <div style='font-size:30px;font-weight:bold;'> Ajouter un "
+                                  "super-utilisateur </div>")));
+    section->setStyleSheet(QStringLiteral("background:#fff;"));
+
+    auto* const role = new QComboBox;
+    role->addItems({QStringLiteral("Brisquelle"), QStringLiteral("Utilisateur standard"),
+                    QString::fromUtf8("Invité")});
+    role->setStyleSheet(QStringLiteral("border:nones;color:#333;font-weight:bold;"));
+
+    layout->addWidget(form_panel({{QStringLiteral("Votre Pseudonyme :       "), new QLineEdit},
+                                  {QStringLiteral("Votre Nom :              "), new QLineEdit},
+                                  {QStringLiteral("Votre Mot de Passe :     "), new QLineEdit},
+                                  {QStringLiteral("Confirmer Mot de Passe : "), new QLineEdit},
+                                  {QStringLiteral("Selectionner un Reseau : "), role}},
+                                 QStringLiteral("Enregistrer l'Administrateur")));
+    layout->setAlignment(Qt::AlignTop);
+    return section;
+}
+
+}  // namespace
+
+SetupWindow::SetupWindow(QWidget* parent) : QDialog(parent) {
+    QWidget* const bar = sidebar();
+    bar->setMaximumWidth(200);
+
+    auto* const page = new QHBoxLayout;
+    page->addWidget(bar);
+    page->addWidget(users_section());
+    setLayout(page);
+    setWindowTitle(QStringLiteral("Configuration Quorvale"));
+    setFixedSize(800, 400);
+}
