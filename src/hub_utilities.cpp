@@ -42,10 +42,11 @@ bool append_to_registry(const QByteArray& line) {
     if (!contents.isEmpty() && !contents.endsWith('\n')) {
         contents += '\n';
     }
-    // Written beside the registry, then renamed over it: whole or not at all.
+    // Written beside the registry, then renamed over it: whole or not at all. The commit alone
+    // would not report a disk that is full by the last bytes: the flush does.
     QSaveFile replacement(registry_name);
     return replacement.open(QIODevice::WriteOnly) && replacement.write(contents + line) >= 0 &&
-           replacement.commit();
+           replacement.flush() && replacement.commit();
 }
 
 }  // namespace
@@ -101,11 +102,14 @@ Network* split_hub_networks_file(std::string line) {
 }
 
 std::vector<std::string> fetch_networks() {
-    std::string hosts = exec_cmd("nmap -sn " + getIp() + "/24|grep report|awk '{print $6}'");
-    hosts.erase(std::remove_if(hosts.begin(), hosts.end(),
+    return hosts_of_scan(exec_cmd("nmap -sn " + getIp() + "/24|grep report|awk '{print $6}'"));
+}
+
+std::vector<std::string> hosts_of_scan(std::string words) {
+    words.erase(std::remove_if(words.begin(), words.end(),
                                [](char character) { return character == '(' || character == ')'; }),
-                hosts.end());
-    return splitLines(hosts);
+                words.end());
+    return splitLines(words);
 }
 
 std::vector<std::string> splitLines(const std::string& text) {

@@ -37,6 +37,9 @@ Network* split_hub_networks_file(std::string line);
 /// entry is empty for a host without a reverse name. Prints nothing. Throws what `exec_cmd` throws.
 std::vector<std::string> fetch_networks();
 
+/// The host list in the scan's sixth words, one a line: parentheses dropped, one entry a line.
+std::vector<std::string> hosts_of_scan(std::string words);
+
 /// The lines of a text, empty ones included; a final line feed adds no empty entry.
 std::vector<std::string> splitLines(const std::string& text);
 

@@ -1,0 +1,150 @@
+#include <sys/stat.h>
+
+#include <QDir>
+#include <QProcess>
+#include <QtTest>
+
+#include "workbench.h"
+
+namespace {
+
+QString program(const char* name) {
+    return QStringLiteral(BUILD_DIR "/") + QString::fromLatin1(name);
+}
+
+struct Run {
+    int status;
+    QByteArray out;
+    QByteArray err;
+};
+
+Run run(const QString& command, const QStringList& arguments) {
+    QProcess process;
+    process.start(command, arguments);
+    process.waitForFinished(-1);
+    return {process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1,
+            process.readAllStandardOutput(), process.readAllStandardError()};
+}
+
+/// Puts the network template into the working directory.
+void place_template() {
+    run(QStringLiteral("sh"),
+        {QStringLiteral("-c"),
+         QStringLiteral("cd " SOURCE_DIR "/runtime && cp -r settings.py urls.py hubs "
+                        "ressources templates static \"$0\""),
+         QDir::currentPath()});
+}
+
+}  // namespace
+
+class TestPrograms : public QObject {
+    Q_OBJECT
+
+private slots:
+    void start_up_order_data() {
+        QTest::addColumn<bool>("with_registry");
+        QTest::newRow("registry") << true;
+        QTest::newRow("no registry") << false;
+    }
+    void start_up_order() {
+        QFETCH(bool, with_registry);
+        const Workbench bench;
+        bench.stand_in(QStringLiteral("xdg-open"),
+                       "echo \"$*\" > $BENCH/t && mv $BENCH/t $BENCH/asked\n");
+        const QString fifo = bench.path(QStringLiteral("networks.data"));
+        if (with_registry) {
+            QCOMPARE(mkfifo(fifo.toLocal8Bit().constData(), 0600), 0);
+        }
+        QProcess process;
+        process.start(program("quorvale"), QStringList());
+        // A program that reads the registry waits here for its first line: no window is there yet.
+        QTRY_COMPARE(bench.read(QStringLiteral("asked")), QByteArray("quorvale.local:8000\n"));
+        QByteArray out;
+        QByteArray err;
+        if (with_registry) {
+            QFile writer(fifo);
+            QVERIFY(writer.open(QIODevice::WriteOnly));
+            writer.write("A|/d/a|\n");
+        }
+        QTRY_VERIFY((
+            out += process.readAllStandardOutput(), err += process.readAllStandardError(),
+            out.startsWith("A|/d/a|\n") || err.contains("Impossible d'ouvrir le fichier JSON.\n")));
+        QCOMPARE(process.state(), QProcess::Running);
+        process.terminate();
+        QVERIFY(process.waitForFinished());
+    }
+
+    void help_data() {
+        QTest::addColumn<QString>("name");
+        for (const char* name :
+             {"quorvale-client", "quorvale-setup", "quorvale-django", "quorvale-new"}) {
+            QTest::newRow(name) << QString::fromLatin1(name);
+        }
+    }
+    void help() {
+        QFETCH(QString, name);
+        const Run help = run(QStringLiteral(BUILD_DIR "/") + name, {QStringLiteral("--help")});
+        QCOMPARE(help.status, 0);
+        QVERIFY(help.out.startsWith("Usage : " + name.toUtf8()));
+        QCOMPARE(help.err, QByteArray());
+    }
+
+    void new_network() {
+        const Workbench bench;
+        place_template();
+        const Run creation = run(program("quorvale-new"), {QStringLiteral("Atelier")});
+        QCOMPARE(creation.err, QByteArray());
+        QCOMPARE(creation.status, 0);
+        QCOMPARE(bench.read(QStringLiteral("networks.data")),
+                 "Atelier|" + QDir::currentPath().toUtf8() + "/Atelier|\n");
+        for (const char* part :
+             {"manage.py", "db.sqlite3", "Atelier/settings.py", "Atelier/urls.py", "Atelier/hubs",
+              "Atelier/ressources", "Atelier/templates", "Atelier/static"}) {
+            QVERIFY2(QFile::exists(QStringLiteral("Atelier/") + QString::fromLatin1(part)), part);
+        }
+    }
+
+    void new_network_refused_data() {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QString>("before");
+        QTest::addColumn<QByteArray>("reason");
+        const QByteArray identifier = "identifiant Python";
+        const auto row = [](const char* label, const char* name, const char* before,
+                            const QByteArray& reason) {
+            QTest::newRow(label) << QString::fromUtf8(name) << QString::fromUtf8(before) << reason;
+        };
+        row("digit", "1a", "true", identifier);
+        row("keyword", "class", "true", identifier);
+        row("accent", "École", "true", identifier);
+        row("shell", "a;touch b", "true", identifier);
+        row("option", "-h", "true", identifier);
+        row("empty", "", "true", identifier);
+        row("exists", "Forge", "touch Forge", "existe déjà");
+        row("dangling link", "Forge", "ln -s nowhere Forge", "existe déjà");
+        row("recorded", "Forge", "echo 'Forge|/d|' > networks.data", "déjà enregistré");
+        row("missing part", "Forge", "rm -r static", "« static »");
+        row("taken by Python", "json", "true", "n'a pas pu être créé");
+        row("no django-admin", "Forge",
+            "mkdir bin; printf '#!/bin/false\n' > bin/django-admin; "
+            "chmod +x bin/django-admin",
+            "n'a pas pu être créé");
+        row("full", "Forge", "ln -s /dev/full networks.data", "n'a pas pu être enregistré");
+    }
+    void new_network_refused() {
+        QFETCH(QString, name);
+        QFETCH(QString, before);
+        QFETCH(QByteArray, reason);
+        const Workbench bench;
+        place_template();
+        run(QStringLiteral("sh"), {QStringLiteral("-c"), before});
+        const QByteArray registry = bench.read(QStringLiteral("networks.data"));
+        const Run creation = run(program("quorvale-new"), {name});
+        QCOMPARE(creation.status, 1);
+        QVERIFY2(creation.err.contains(reason), creation.err.constData());
+        QCOMPARE(bench.read(QStringLiteral("networks.data")), registry);
+        QVERIFY(!QFile::exists(QStringLiteral("b")));
+    }
+};
+
+QTEST_GUILESS_MAIN(TestPrograms)
+#include "test_programs.moc"

@@ -1,0 +1,143 @@
+#include <unistd.h>
+
+#include <QDir>
+#include <QProcess>
+#include <QtTest>
+
+#include "djangomanager.h"
+#include "network.h"
+#include "workbench.h"
+
+namespace {
+
+/// A terminal that notes how it was called, one argument a line, all at once.
+const char* const terminal =
+    "printf '%s\\n' \"$0\" \"$@\" > $BENCH/t && mv $BENCH/t $BENCH/called\n";
+
+/// Waits for the terminal stand-in, which runs on its own, and returns its arguments.
+QByteArray terminal_call(const Workbench& bench) {
+    const QString called = QStringLiteral("called");
+    if (!QTest::qWaitFor([&] { return QFile::exists(bench.path(called)); }, 20000)) {
+        return "never called";
+    }
+    QByteArray call = bench.read(called);
+    return call.replace(QFile::encodeName(bench.path(QStringLiteral("bin/"))), "");
+}
+
+}  // namespace
+
+class TestServerProcesses : public QObject {
+    Q_OBJECT
+
+private slots:
+    void launch_data() {
+        QTest::addColumn<QByteArray>("report");
+        QTest::addColumn<QByteArray>("path");
+        QTest::addColumn<QByteArray>("command");
+        QTest::newRow("address")
+            << QByteArray("  inet 10.0.0.7  x") << QByteArray("/srv/netA")
+            << QByteArray("cd /srv/netA && python3 manage.py runserver 10.0.0.7:8000 ; exec bash");
+        QTest::newRow("no address, blanks")
+            << QByteArray() << QByteArray("/srv/a b")
+            << QByteArray("cd /srv/a b && python3 manage.py runserver :8000 ; exec bash");
+    }
+    void launch() {
+        QFETCH(QByteArray, report);
+        QFETCH(QByteArray, path);
+        QFETCH(QByteArray, command);
+        const Workbench bench;
+        bench.stand_in(QStringLiteral("ifconfig"), "echo '" + report + "'\n");
+        bench.stand_in(QStringLiteral("gnome-terminal"), terminal);
+        const Network network("A", path.toStdString(), "");
+        int result = -1;
+        const Output output = output_of([&] { result = network.launch(); });
+        QCOMPARE(result, 0);
+        QCOMPARE(output.out + output.err, QByteArray());
+        QCOMPARE(terminal_call(bench), "gnome-terminal\n--\nbash\n-c\n" + command + "\n");
+    }
+
+    void running_check_data() {
+        QTest::addColumn<QByteArray>("processes");
+        QTest::addColumn<int>("expected");
+        QTest::addColumn<QByteArray>("found");
+        const QByteArray others =
+            "root 1 0.0 /sbin/init\nme 7 0.0 python3 manage.py runserver\nme 8 0.1 ls /Tesquin\n";
+        const QByteArray shell = "me 41 0.0 sh -c ps aux |grep Tesquin|grep runserver|awk\n";
+        const QByteArray server = "me 52 0.1 bash -c cd /srv/Tesquin/a && python3 x runserver\n";
+        QTest::newRow("none at all") << others << 0 << QByteArray();
+        QTest::newRow("no server") << others + shell << 0 << QByteArray("41\n");
+        QTest::newRow("one server") << shell + server + others << 1 << QByteArray("41\n52\n");
+        QTest::newRow("two servers") << server + shell + server << 1 << QByteArray("52\n41\n52\n");
+    }
+    void running_check() {
+        QFETCH(QByteArray, processes);
+        QFETCH(QByteArray, found);
+        const Workbench bench;
+        bench.write(QStringLiteral("processes"), processes);
+        bench.write(QStringLiteral("net_hub_tmp.lo"), "an earlier check's\n");
+        bench.stand_in(QStringLiteral("ps"), "[ \"$*\" = aux ] && cat processes\n");
+        QTEST(Network().is_launched(), "expected");
+        QCOMPARE(bench.read(QStringLiteral("net_hub_tmp.lo")), found);
+
+        // The answer stays the same where the file cannot be written.
+        QFile::remove(QStringLiteral("net_hub_tmp.lo"));
+        QDir().mkdir(QStringLiteral("net_hub_tmp.lo"));
+        QTEST(Network().is_launched(), "expected");
+    }
+
+    void launcher_with_a_terminal() {
+        const Workbench bench;
+        bench.stand_in(QStringLiteral("gnome-terminal"), terminal + QByteArray("echo $$ > pid\n"));
+        int result = -1;
+        const Output output = output_of([&result] { result = DjangoManager().launch("/a b"); });
+        QCOMPARE(result, 0);
+        QCOMPARE(output.err, QByteArray());
+        QCOMPARE(terminal_call(bench),
+                 QByteArray("gnome-terminal\n--\nbash\n-c\n"
+                            "cd /a b && python3 manage.py runserver; exec bash\n"));
+        QTRY_VERIFY(bench.read(QStringLiteral("pid")).endsWith('\n'));
+        QCOMPARE(output.out, "Le serveur Django a été lancé dans un nouveau terminal (PID " +
+                                 bench.read(QStringLiteral("pid")).trimmed() + ").\n");
+    }
+
+    void launcher_that_fails_data() {
+        QTest::addColumn<QStringList>("command");
+        QTest::addColumn<int>("status");
+        QTest::addColumn<QByteArray>("out");
+        QTest::addColumn<QByteArray>("err");
+        const QString program = QStringLiteral(BUILD_DIR "/quorvale-django");
+        QTest::newRow("no terminal")
+            << QStringList{QStringLiteral("env"), QStringLiteral("PATH="), program,
+                           QStringLiteral("/d")}
+            << 0 << QByteArray("Le serveur Django a été lancé dans un nouveau terminal (PID ")
+            << QByteArray("Erreur : impossible de lancer le terminal.\n");
+        // A limit on processes does not hold for root.
+        QStringList limited = {QStringLiteral("prlimit"), QStringLiteral("--nproc=0"), program,
+                               QStringLiteral("/d")};
+        if (geteuid() == 0) {
+            limited = QStringList{QStringLiteral("setpriv"), QStringLiteral("--reuid=65534"),
+                                  QStringLiteral("--clear-groups")} +
+                      limited;
+        }
+        QTest::newRow("no process")
+            << limited << 1 << QByteArray() << QByteArray("Erreur : impossible de forker.\n");
+    }
+    void launcher_that_fails() {
+        QFETCH(QStringList, command);
+        QFETCH(QByteArray, out);
+        const Workbench bench;
+        QProcess process;
+        process.setStandardErrorFile(bench.path(QStringLiteral("err")));
+        process.start(command.takeFirst(), command);
+        QVERIFY(process.waitForFinished());
+        QTEST(process.exitCode(), "status");
+        QFETCH(QByteArray, err);
+        QTRY_COMPARE(bench.read(QStringLiteral("err")), err);  // the child may speak last
+        const QByteArray said = process.readAllStandardOutput();
+        QCOMPARE(said.left(out.size()), out);
+        QCOMPARE(said.count('\n'), out.isEmpty() ? 0 : 1);
+    }
+};
+
+QTEST_GUILESS_MAIN(TestServerProcesses)
+#include "test_server_processes.moc"

@@ -1,0 +1,360 @@
+#include <QDesktopServices>
+#include <QDir>
+#include <QElapsedTimer>
+#include <QLabel>
+#include <QMovie>
+#include <QPointer>
+#include <QPushButton>
+#include <QTranslator>
+#include <QUrl>
+#include <QtTest>
+#include <memory>
+
+#include "clientwindow.h"
+#include "mainwindow.h"
+#include "networkselectionwindow.h"
+#include "setupwindow.h"
+#include "workbench.h"
+
+namespace {
+
+const QString source_dir = QStringLiteral(SOURCE_DIR "/");
+
+/// A working directory with the product's pictures.
+class PictureBench : public Workbench {
+public:
+    PictureBench() {
+        QFile::link(source_dir + QStringLiteral("img"), path(QStringLiteral("img")));
+        for (const char* file : {"vestrel.gif", "wifi.gif", "style.qss"}) {
+            const QString name = QString::fromLatin1(file);
+            QFile::link(source_dir + QStringLiteral("runtime/") + name, path(name));
+        }
+    }
+};
+
+/// Keeps the addresses that the desktop is asked to open, and what a window shows at that moment.
+class Browser : public QObject {
+    Q_OBJECT
+
+public:
+    explicit Browser(const QWidget& watched_window) : window(watched_window) {
+        QDesktopServices::setUrlHandler(QStringLiteral("http"), this, "open");
+    }
+    ~Browser() override {
+        QDesktopServices::unsetUrlHandler(QStringLiteral("http"));
+    }
+    Browser(const Browser&) = delete;
+    Browser& operator=(const Browser&) = delete;
+
+    QStringList asked;
+    QStringList seen;
+
+public slots:
+    void open(const QUrl& url) {
+        asked << url.toString();
+        seen = described(window);
+    }
+
+private:
+    const QWidget& window;
+};
+
+QStringList expected_screen(const QString& name) {
+    QFile file(source_dir + QStringLiteral("tests/screens/") + name);
+    file.open(QIODevice::ReadOnly);
+    return QString::fromUtf8(file.readAll()).split(QLatin1Char('\n'));
+}
+
+QPushButton* button(const QWidget& window, const char* text) {
+    for (auto* const candidate : window.findChildren<QPushButton*>()) {
+        if (candidate->text() == QString::fromUtf8(text)) {
+            return candidate;
+        }
+    }
+    return nullptr;
+}
+
+std::unique_ptr<NetworkSelectionWindow> selection_window() {
+    std::unique_ptr<NetworkSelectionWindow> window;
+    output_of([&window] { window = std::make_unique<NetworkSelectionWindow>(nullptr); });
+    return window;
+}
+
+std::unique_ptr<ClientWindow> client_window() {
+    std::unique_ptr<ClientWindow> window;
+    output_of([&window] { window = std::make_unique<ClientWindow>(nullptr); });
+    return window;
+}
+
+/// Builds the screen of that name.
+std::unique_ptr<QDialog> screen(const QString& name) {
+    if (name == QStringLiteral("setup")) {
+        return std::make_unique<SetupWindow>(nullptr);
+    }
+    if (name == QStringLiteral("search") || name == QStringLiteral("connected")) {
+        auto client = client_window();
+        if (name == QStringLiteral("connected")) {
+            client->remove_layouts(nullptr);
+            client->network_selected_mode();
+        }
+        return client;
+    }
+    auto selection = selection_window();
+    if (name != QStringLiteral("home")) {
+        selection->clean_screen();
+    }
+    if (name == QStringLiteral("loading")) {
+        selection->loading_mode();
+    } else if (name == QStringLiteral("ready")) {
+        selection->network_started_mode(nullptr);
+    } else if (name == QStringLiteral("new_network")) {
+        selection->new_network_mode();
+    }
+    return selection;
+}
+
+const char* const registry = "Atelier|/srv/a|\nFor\xe9t du Nord|/srv/b|\n|/srv/c|\n";
+
+}  // namespace
+
+class TestWindows : public QObject {
+    Q_OBJECT
+
+private slots:
+    void screens_data() {
+        QTest::addColumn<QString>("name");
+        for (const char* name :
+             {"home", "loading", "ready", "new_network", "setup", "search", "connected"}) {
+            QTest::newRow(name) << QString::fromLatin1(name);
+        }
+    }
+    void screens() {
+        QFETCH(QString, name);
+        const auto fill = [](const Workbench& bench) {
+            bench.write(QStringLiteral("networks.data"), registry);
+            bench.stand_in(QStringLiteral("nmap"), "true\n");
+        };
+        {
+            const PictureBench bench;
+            fill(bench);
+            const auto window = screen(name);
+            QCOMPARE(described(*window), expected_screen(name));
+
+            QPointer<QMovie> movie;
+            for (const auto* label : window->findChildren<QLabel*>()) {
+                movie = label->movie() != nullptr ? label->movie() : movie.data();
+            }
+            auto* const selection = qobject_cast<NetworkSelectionWindow*>(window.get());
+            if (selection != nullptr) {
+                selection->clean_screen();
+                selection->remove_layouts(nullptr);
+                QVERIFY(selection->layout() == nullptr);
+                QVERIFY(selection->findChildren<QWidget*>().isEmpty());
+                QVERIFY(movie.isNull());
+            }
+        }
+        // Without the pictures, all the rest stands.
+        const Workbench bench;
+        fill(bench);
+        QStringList expected = expected_screen(name);
+        expected.replaceInStrings(QStringLiteral(" picture"), QStringLiteral(" empty"))
+            .replaceInStrings(QStringLiteral(" running"), QStringLiteral(" stopped"));
+        QCOMPARE(described(*screen(name)), expected);
+    }
+
+    void home_screen_traces() {
+        const Workbench bench;
+        bench.write(QStringLiteral("networks.data"), registry);
+        const Output output = output_of([] { const NetworkSelectionWindow window(nullptr); });
+        QCOMPARE(output.out, QByteArray(registry) + "1\n2\n3\n");
+        QFile::remove(QStringLiteral("networks.data"));
+        QCOMPARE(output_of([] { const NetworkSelectionWindow window(nullptr); }).out, QByteArray());
+    }
+
+    void start_sequence_data() {
+        QTest::addColumn<QByteArray>("address");
+        QTest::addColumn<int>("processes");
+        QTest::addColumn<QString>("asked");
+        QTest::addColumn<QByteArray>("commands");
+        QTest::newRow("found running")
+            << QByteArray("192.0.2.10") << 2 << QStringLiteral("http://192.0.2.10:8000")
+            << QByteArray("ifconfig\nps\nifconfig\n");
+        QTest::newRow("no own address") << QByteArray() << 2 << QStringLiteral("http://:8000")
+                                        << QByteArray("ifconfig\nps\nifconfig\n");
+        QTest::newRow("not found running")
+            << QByteArray("192.0.2.10") << 1 << QString() << QByteArray("ifconfig\nps\n");
+    }
+    void start_sequence() {
+        QFETCH(QByteArray, address);
+        QFETCH(int, processes);
+        QFETCH(QString, asked);
+        const PictureBench bench;
+        bench.write(QStringLiteral("networks.data"), registry);
+        bench.stand_in(QStringLiteral("ifconfig"),
+                       "echo ifconfig >> log; echo '  inet " + address + "'\n");
+        bench.stand_in(QStringLiteral("ps"),
+                       "echo ps >> log; yes 'me 4 Tesquin runserver' | head -n " +
+                           QByteArray::number(processes) + "\n");
+        bench.stand_in(QStringLiteral("gnome-terminal"),
+                       "echo \"$4\" > $BENCH/t && mv $BENCH/t $BENCH/command\n");
+        const auto window = selection_window();
+        const Browser browser(*window);
+        QElapsedTimer clock;
+        clock.start();
+        QTest::mouseClick(button(*window, "Forét du Nord"), Qt::LeftButton);
+
+        QCOMPARE(browser.asked.join(QLatin1Char(' ')), asked);
+        if (asked.isEmpty()) {
+            QCOMPARE(described(*window), expected_screen(QStringLiteral("loading")));
+        } else {
+            const QStringList cleared = {
+                QStringLiteral("[Accueil Quorvale] NetworkSelectionWindow 800x400 "
+                               "{ background: #fff;}"),
+                QString()};
+            QCOMPARE(browser.seen, cleared);
+            QCOMPARE(described(*window), expected_screen(QStringLiteral("ready")));
+            QVERIFY(clock.elapsed() >= 2000);
+        }
+        QTEST(bench.read(QStringLiteral("log")), "commands");
+        QTRY_COMPARE(bench.read(QStringLiteral("command")),
+                     "cd /srv/b && python3 manage.py runserver " + address + ":8000 ; exec bash\n");
+    }
+
+    void controls_without_an_action_data() {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QByteArray>("text");
+        QTest::newRow("access") << QStringLiteral("ready") << QByteArray("Acceder a mon Espace");
+        QTest::newRow("stop") << QStringLiteral("ready") << QByteArray("Arreter le Serveur");
+        QTest::newRow("save network")
+            << QStringLiteral("new_network") << QByteArray("Enregistrer le Reseau");
+        QTest::newRow("save user")
+            << QStringLiteral("setup") << QByteArray("Enregistrer l'Administrateur");
+        QTest::newRow("client access")
+            << QStringLiteral("connected") << QByteArray("Acceder a mon Espace");
+        QTest::newRow("client list")
+            << QStringLiteral("connected") << QByteArray("Selection des Reseaux");
+    }
+    void controls_without_an_action() {
+        QFETCH(QString, name);
+        QFETCH(QByteArray, text);
+        const PictureBench bench;
+        bench.stand_in(QStringLiteral("nmap"), "true\n");
+        const auto window = screen(name);
+        const Browser browser(*window);
+        QTest::mouseClick(button(*window, text), Qt::LeftButton);
+        QCOMPARE(described(*window), expected_screen(name));
+        QVERIFY(browser.asked.isEmpty());
+        QVERIFY(!QFile::exists(QStringLiteral("networks.data")));
+    }
+
+    void escape_closes() {
+        const Workbench bench;
+        const auto window = selection_window();
+        window->show();
+        QVERIFY(window->isVisible());
+        QTest::keyClick(window.get(), Qt::Key_Escape);
+        QVERIFY(!window->isVisible());
+    }
+
+    void background_is_flat() {
+        const PictureBench bench;
+        QFile style(QStringLiteral("style.qss"));
+        QVERIFY(style.open(QIODevice::ReadOnly));
+        qApp->setStyleSheet(QString::fromLatin1(style.readAll()));
+        const auto window = screen(QStringLiteral("ready"));
+        const QImage picture = window->grab().toImage();
+        qApp->setStyleSheet(QString());
+        for (const QPoint& point :
+             {QPoint(0, 0), QPoint(799, 0), QPoint(0, 399), QPoint(799, 399)}) {
+            QCOMPARE(picture.pixelColor(point), QColor(0x33, 0x99, 0xff));
+        }
+    }
+
+    void network_buttons_show_their_state_data() {
+        QTest::addColumn<QString>("page_style");
+        QTest::newRow("white page") << QStringLiteral(" background: #fff;");
+        QTest::newRow("palette page") << QString();
+    }
+    void network_buttons_show_their_state() {
+        QFETCH(QString, page_style);
+        const PictureBench bench;
+        QFile style(QStringLiteral("style.qss"));
+        QVERIFY(style.open(QIODevice::ReadOnly));
+        qApp->setStyleSheet(QString::fromLatin1(style.readAll()));
+        bench.write(QStringLiteral("networks.data"), registry);
+        const auto window = selection_window();
+        window->setStyleSheet(page_style);
+        window->show();
+        window->activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(window.get()));
+        QPushButton* const atelier = button(*window, "Atelier");
+        QList<QImage> states;
+        const auto add_state = [&states, atelier] { states << atelier->grab().toImage(); };
+        button(*window, "")->setFocus();
+        add_state();
+        atelier->setAttribute(Qt::WA_UnderMouse);
+        add_state();
+        atelier->setDown(true);
+        add_state();
+        atelier->setDown(false);
+        atelier->setAttribute(Qt::WA_UnderMouse, false);
+        atelier->setFocus();
+        add_state();
+        qApp->setStyleSheet(QString());
+        for (int i = 0; i < states.size(); ++i) {
+            QCOMPARE(states.indexOf(states[i]), i);
+        }
+    }
+
+    void client_finds_and_opens() {
+        const PictureBench bench;
+        bench.stand_in(QStringLiteral("ifconfig"), "echo '  inet 192.0.2.10'\n");
+        bench.stand_in(QStringLiteral("nmap"),
+                       "printf 'Nmap scan report for %s (192.0.2.%s)\\n' a 5 b 7 c 9\n");
+        bench.stand_in(QStringLiteral("curl"), R"sh(case "$*" in
+            *.5:8000/_infos/kl/) printf 'Atelier Nord';;
+            *.7:8000/_infos/kl/) printf '\311cole';;
+            *.9:8000/_infos/kl/) ;;
+            *) echo 'HTTP/1.1 200 OK';;
+            esac)sh");
+        const auto window = client_window();
+        QCOMPARE(described(*window), expected_screen(QStringLiteral("list")));
+
+        const Browser browser(*window);
+        QTest::mouseClick(button(*window, "École"), Qt::LeftButton);
+        QCOMPARE(browser.asked, QStringList(QStringLiteral("http://192.0.2.7:8000")));
+        QCOMPARE(browser.seen, expected_screen(QStringLiteral("list")));
+        QStringList connected = expected_screen(QStringLiteral("connected"));
+        connected.replaceInStrings(QStringLiteral(" { background: #fff;}"), QString());
+        QCOMPARE(described(*window), connected);
+    }
+
+    void designer_window() {
+        class Translator : public QTranslator {
+        public:
+            QString translate(const char* context, const char* source, const char* /*unused*/,
+                              int /*unused*/) const override {
+                return QByteArray(context) == "MainWindow" && QByteArray(source) == "MainWindow"
+                           ? QStringLiteral("Fenêtre")
+                           : QString();
+            }
+            bool isEmpty() const override {
+                return false;
+            }
+        };
+        MainWindow plain(nullptr);
+        QCOMPARE(plain.objectName() + plain.windowTitle(), QStringLiteral("MainWindowMainWindow"));
+        QCOMPARE(plain.size(), QSize(800, 600));
+        plain.resize(640, 480);
+        QCOMPARE(plain.size(), QSize(640, 480));
+
+        Translator translator;
+        QCoreApplication::installTranslator(&translator);
+        const MainWindow translated(nullptr);
+        QCOMPARE(translated.windowTitle(), QStringLiteral("Fenêtre"));
+        QCoreApplication::removeTranslator(&translator);
+    }
+};
+
+QTEST_MAIN(TestWindows)
+#include "test_windows.moc"

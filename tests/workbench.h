@@ -1,0 +1,39 @@
+#pragma once
+
+#include <QByteArray>
+#include <QStringList>
+#include <QTemporaryDir>
+#include <QWidget>
+#include <functional>
+
+/// A working directory of a test's own, made current for its life, with a folder for stand-ins
+/// first on PATH.
+class Workbench {
+public:
+    Workbench();
+    ~Workbench();
+
+    void write(const QString& file, const QByteArray& contents) const;
+    /// The file's contents, or nothing when it is not there.
+    QByteArray read(const QString& file) const;
+    /// A shell script that stands in for a command. The working directory is $BENCH.
+    void stand_in(const QString& command, const QByteArray& script) const;
+    QString path(const QString& file) const;
+
+private:
+    QTemporaryDir directory;
+    QString old_directory;
+    QByteArray old_path;
+};
+
+struct Output {
+    QByteArray out;  ///< what came on standard output
+    QByteArray err;  ///< what came on standard error
+};
+
+/// What an action, run in this process, writes on the standard streams.
+Output output_of(const std::function<void()>& action);
+
+/// A window as text, one widget a line: title, size, style sheet, and its widgets in layout order
+/// with all that an operator can tell of them. Values that are Qt's defaults are left out.
+QStringList described(const QWidget& window);
