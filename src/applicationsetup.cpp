@@ -15,7 +15,10 @@ ApplicationSetup::ApplicationSetup()
 }
 
 void ApplicationSetup::dress_window(QWidget& window) {
-    window.setWindowIcon(QIcon(QStringLiteral("img/zandrel_logo.svg")));
+    const QString icon_file = QStringLiteral("img/zandrel_logo.svg");
+    if (QFile::exists(icon_file)) {  // Qt complains on standard error of an icon that is missing
+        window.setWindowIcon(QIcon(icon_file));
+    }
     window.setWindowFlags(Qt::Window | Qt::WindowMinimizeButtonHint | Qt::WindowCloseButtonHint);
 }
 

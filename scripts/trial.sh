@@ -1,0 +1,39 @@
+#!/bin/bash
+# What the trials of the real programs share: functions that wait, look and click as an operator
+# does. To be sourced by bash, on a desktop of scripts/private_desktop.
+
+here=$(realpath "$(dirname "${BASH_SOURCE[0]}")")
+
+fail() {
+    echo "FAILED: $*" >&2
+    exit 1
+}
+
+# Waits until a command succeeds: a generous minute and a half, then gives up. $1 says for what.
+wait_for() {
+    local what=$1 deadline=$((SECONDS + 90))
+    shift
+    until "$@" >/dev/null 2>&1; do
+        [ $SECONDS -lt $deadline ] || fail "waited in vain for $what"
+        sleep 0.1
+    done
+}
+
+# The window of exactly that title, once it shows its widgets.
+shown() {
+    [ -n "$("$here/screen_content" "$1")" ]
+}
+
+# Saves the picture of a window: TITLE FILE.
+picture() {
+    wait_for "the window « $1 »" shown "$1"
+    import -window "$(xdotool search --onlyvisible --name "^$1\$")" "$2"
+}
+
+# Clicks on the button of a window: TITLE, NUMBER from 1.
+click() {
+    local x y
+    read -r x y < <("$here/screen_content" "$1" | awk -F '\t' -v number="$2" \
+        '$1 ~ /button/ && ++seen == number {print $2, $3}')
+    xdotool mousemove "$x" "$y" click 1
+}
