@@ -71,7 +71,7 @@ private slots:
         QTest::newRow("CR LF") << QByteArray("printf 'abc\\r\\n'") << QByteArray("abc\r");
         QTest::newRow("long line") << QByteArray("echo " + long_line) << long_line;
         QTest::newRow("NUL hides the rest of its line")
-            << QByteArray("printf 'ab\\0cd\\nef\\n'") << QByteArray("abef");
+            << QByteArray(R"(printf 'ab\0cd\nef\n')") << QByteArray("abef");
         QTest::newRow("NUL hides the rest of its piece")
             << QByteArray("printf '\\0%0200d' 0") << QByteArray(74, '0');
         QTest::newRow("failing") << QByteArray("echo a; exit 3") << QByteArray("a");
@@ -85,8 +85,11 @@ private slots:
     void command_that_cannot_start() {
         QByteArray message;
         const Output output = output_of([&message] {
-            const Limit no_descriptors(RLIMIT_NOFILE, 3);
+            // One descriptor is left, a pipe takes two; with none, sanitizers would stop us.
+            const int next = dup(STDIN_FILENO);
+            close(next);
             try {
+                const Limit one_descriptor(RLIMIT_NOFILE, static_cast<rlim_t>(next) + 1);
                 exec_cmd("true");
             } catch (const std::runtime_error& error) {
                 message = error.what();

@@ -111,8 +111,12 @@ private slots:
                            QStringLiteral("/d")}
             << 0 << QByteArray("Le serveur Django a été lancé dans un nouveau terminal (PID ")
             << QByteArray("Erreur : impossible de lancer le terminal.\n");
-        // A limit on processes does not hold for root.
-        QStringList limited = {QStringLiteral("prlimit"), QStringLiteral("--nproc=0"), program,
+        // A limit on processes does not hold for root; and it keeps a leak check from starting.
+        QStringList limited = {QStringLiteral("env"),
+                               QStringLiteral("ASAN_OPTIONS=detect_leaks=0"),
+                               QStringLiteral("prlimit"),
+                               QStringLiteral("--nproc=0"),
+                               program,
                                QStringLiteral("/d")};
         if (geteuid() == 0) {
             limited = QStringList{QStringLiteral("setpriv"), QStringLiteral("--reuid=65534"),

@@ -292,12 +292,14 @@ private slots:
         const auto add_state = [&states, atelier] { states << atelier->grab().toImage(); };
         button(*window, "")->setFocus();
         add_state();
-        atelier->setAttribute(Qt::WA_UnderMouse);
+        QTest::mouseMove(atelier);
+        QTRY_VERIFY(atelier->underMouse());
         add_state();
         atelier->setDown(true);
         add_state();
         atelier->setDown(false);
-        atelier->setAttribute(Qt::WA_UnderMouse, false);
+        QTest::mouseMove(window.get(), QPoint(1, 1));
+        QTRY_VERIFY(!atelier->underMouse());
         atelier->setFocus();
         add_state();
         qApp->setStyleSheet(QString());

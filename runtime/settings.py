@@ -1,0 +1,111 @@
+"""Settings of a network: a Django project that one machine serves on its local network."""
+
+import fcntl
+import os
+from pathlib import Path
+
+from django.core.management.utils import get_random_secret_key
+
+PACKAGE_DIR = Path(__file__).resolve().parent
+PACKAGE = PACKAGE_DIR.name
+BASE_DIR = PACKAGE_DIR.parent
+
+# Nom affiché du réseau : pour en choisir un autre, remplacez PACKAGE par ce nom entre guillemets,
+# par exemple : NETWORK_NAME = "Atelier de l'été"
+NETWORK_NAME = PACKAGE
+
+# The files offered to everybody on the network
+RESOURCES_DIR = PACKAGE_DIR / "ressources"
+
+
+def secret_key(path):
+    """The key kept in the file; made at first start, by one process even if two start at once."""
+    descriptor = os.open(path, os.O_RDWR | os.O_CREAT | os.O_NOFOLLOW, 0o600)
+    with os.fdopen(descriptor, "r+") as file:
+        fcntl.flock(file, fcntl.LOCK_EX)
+        key = file.read()
+        if not key:
+            key = get_random_secret_key()
+            file.write(key)
+        return key
+
+
+SECRET_KEY = secret_key(BASE_DIR / "secret_key")
+DEBUG = False
+
+# The machine's address on the network may change at any time, and no page, link or mail is made
+# from the name that a request asks for.
+ALLOWED_HOSTS = ["*"]
+
+# A local network has no certificates, so everything is plain HTTP: no HSTS (W004), no redirection
+# to HTTPS (W008), no cookies for HTTPS only (W012, W016).
+SILENCED_SYSTEM_CHECKS = ["security.W004", "security.W008", "security.W012", "security.W016"]
+
+# Networks of one machine share its address, so each has cookies of its own.
+_ascii_name = PACKAGE.encode("ascii", "ignore").decode()
+SESSION_COOKIE_NAME = f"session_{_ascii_name}"
+CSRF_COOKIE_NAME = f"csrf_{_ascii_name}"
+
+INSTALLED_APPS = [
+    "django.contrib.admin",
+    "django.contrib.auth",
+    "django.contrib.contenttypes",
+    "django.contrib.sessions",
+    "django.contrib.messages",
+    "django.contrib.staticfiles",
+    f"{PACKAGE}.hubs",
+]
+
+MIDDLEWARE = [
+    f"{PACKAGE}.hubs.middleware.own_content_only",
+    "django.middleware.security.SecurityMiddleware",
+    "django.contrib.sessions.middleware.SessionMiddleware",
+    "django.middleware.common.CommonMiddleware",
+    "django.middleware.csrf.CsrfViewMiddleware",
+    "django.contrib.auth.middleware.AuthenticationMiddleware",
+    "django.contrib.messages.middleware.MessageMiddleware",
+    "django.middleware.clickjacking.XFrameOptionsMiddleware",
+]
+
+ROOT_URLCONF = f"{PACKAGE}.urls"
+WSGI_APPLICATION = f"{PACKAGE}.wsgi.application"
+
+TEMPLATES = [{
+    "BACKEND": "django.template.backends.django.DjangoTemplates",
+    "DIRS": [PACKAGE_DIR / "templates"],
+    "APP_DIRS": True,
+    "OPTIONS": {"context_processors": [
+        "django.template.context_processors.request",
+        "django.contrib.auth.context_processors.auth",
+        "django.contrib.messages.context_processors.messages",
+    ]},
+}]
+
+DATABASES = {
+    "default": {"ENGINE": "django.db.backends.sqlite3", "NAME": BASE_DIR / "db.sqlite3"},
+}
+DEFAULT_AUTO_FIELD = "django.db.models.BigAutoField"
+
+_VALIDATION = "django.contrib.auth.password_validation"
+AUTH_PASSWORD_VALIDATORS = [
+    {"NAME": f"{_VALIDATION}.UserAttributeSimilarityValidator"},
+    {"NAME": f"{_VALIDATION}.MinimumLengthValidator"},
+    {"NAME": f"{_VALIDATION}.CommonPasswordValidator"},
+    {"NAME": f"{_VALIDATION}.NumericPasswordValidator"},
+]
+
+LANGUAGE_CODE = "fr"
+DECIMAL_SEPARATOR = ","
+TIME_ZONE = "Europe/Paris"
+USE_TZ = True
+
+STATIC_URL = "/static/"
+STATICFILES_DIRS = [PACKAGE_DIR / "static"]
+
+# Without debug mode, errors would go to nobody: they belong in the server's terminal.
+LOGGING = {
+    "version": 1,
+    "disable_existing_loggers": False,
+    "handlers": {"terminal": {"class": "logging.StreamHandler"}},
+    "root": {"handlers": ["terminal"], "level": "ERROR"},
+}
