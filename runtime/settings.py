@@ -57,6 +57,7 @@ INSTALLED_APPS = [
 ]
 
 MIDDLEWARE = [
+    f"{PACKAGE}.hubs.middleware.headers_alone",
     f"{PACKAGE}.hubs.middleware.own_content_only",
     "django.middleware.security.SecurityMiddleware",
     "django.contrib.sessions.middleware.SessionMiddleware",
@@ -106,6 +107,6 @@ STATICFILES_DIRS = [PACKAGE_DIR / "static"]
 LOGGING = {
     "version": 1,
     "disable_existing_loggers": False,
-    "handlers": {"terminal": {"class": "logging.StreamHandler"}},
-    "root": {"handlers": ["terminal"], "level": "ERROR"},
+    "handlers": {"terminal": {"class": "logging.StreamHandler", "level": "ERROR"}},
+    "root": {"handlers": ["terminal"]},
 }

@@ -19,15 +19,31 @@ wait_for() {
     done
 }
 
-# The window of exactly that title, once it shows its widgets.
+# Whether the window of exactly that title shows its widgets. A program that is busy is not asked
+# for them before its window is there.
 shown() {
-    [ -n "$("$here/screen_content" "$1")" ]
+    xdotool search --onlyvisible --name "^$1\$" && [ -n "$("$here/screen_content" "$1")" ]
 }
 
-# Saves the picture of a window: TITLE FILE.
-picture() {
+# Waits for a window and brings it to the front: TITLE. Prints its number.
+to_front() {
     wait_for "the window « $1 »" shown "$1"
-    import -window "$(xdotool search --onlyvisible --name "^$1\$")" "$2"
+    xdotool search --onlyvisible --name "^$1\$" windowactivate --sync
+    xdotool search --onlyvisible --name "^$1\$"
+}
+
+# Saves the picture of a window, once it had the time to draw itself: TITLE FILE.
+picture() {
+    local window
+    window=$(to_front "$1")
+    sleep 0.5
+    import -window "$window" "$2"
+}
+
+# Closes a window by the Escape key: TITLE.
+close_window() {
+    to_front "$1" >/dev/null
+    xdotool key Escape
 }
 
 # Clicks on the button of a window: TITLE, NUMBER from 1.
