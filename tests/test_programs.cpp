@@ -128,7 +128,7 @@ private slots:
             "mkdir bin; printf '#!/bin/false\n' > bin/django-admin; "
             "chmod +x bin/django-admin",
             "n'a pas pu être créé");
-        row("full", "Forge", "ln -s /dev/full networks.data", "n'a pas pu être enregistré");
+        row("unwritable registry", "Forge", "mkdir networks.data", "n'a pas pu être enregistré");
     }
     void new_network_refused() {
         QFETCH(QString, name);

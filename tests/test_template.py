@@ -20,7 +20,8 @@ ENVIRONMENT = {**os.environ, "PATH": "/usr/bin:/bin", "PYTHONDONTWRITEBYTECODE":
 
 class TemplateTest(unittest.TestCase):
     def run_in(self, directory, *command):
-        subprocess.run(command, cwd=directory, env=ENVIRONMENT, check=True, stdout=subprocess.DEVNULL)
+        subprocess.run(command, cwd=directory, env=ENVIRONMENT, check=True,
+                       stdout=subprocess.DEVNULL)
 
     def setUp(self):
         directory = tempfile.TemporaryDirectory()
@@ -41,7 +42,8 @@ class TemplateTest(unittest.TestCase):
             self.port = probe.getsockname()[1]
         server = subprocess.Popen(
             ["python3", "manage.py", "runserver", f"127.0.0.1:{self.port}"], cwd=self.project,
-            env=ENVIRONMENT, start_new_session=True, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+            env=ENVIRONMENT, start_new_session=True, stdout=subprocess.DEVNULL,
+            stderr=subprocess.DEVNULL)
         self.addCleanup(server.wait)
         self.addCleanup(os.killpg, server.pid, signal.SIGKILL)
         deadline = time.monotonic() + 60
@@ -78,7 +80,8 @@ class TemplateTest(unittest.TestCase):
         page = self.ask("/")[2].decode()
         self.assertIn("<h1>L&#x27;été, 5 € – Łódź</h1>", page)
         offered = re.findall('href="(/ressources/[^"]*)"', page)
-        self.assertEqual(offered, ["/ressources/Bienvenue.txt", "/ressources/" + quote("Été 100% #1?.txt")])
+        self.assertEqual(offered, ["/ressources/Bienvenue.txt",
+                                   "/ressources/" + quote("Été 100% #1?.txt")])
         for path, header, value, body in [
                 (offered[1], "Content-Disposition", "attachment; filename", b"contenu"),
                 (offered[1], "X-Content-Type-Options", "nosniff", b"contenu"),
@@ -94,9 +97,10 @@ class TemplateTest(unittest.TestCase):
                 ("/static/../settings.py", 400), ("/static/%2e%2e/settings.py", 400),
                 ("/settings.py", 404), ("/db.sqlite3", 404), ("/secret_key", 404),
                 *((f"/ressources/{name}", 404) for name in (
-                    "", ".", "..", "../settings.py", "%2e%2e/settings.py", "..%2fsettings.py", "%00",
-                    "..%5csettings.py", "Bienvenue.txt%00", ".cache.txt", "lien.txt", "dossier", "%E9.txt",
-                    "dossier%2fx.txt", "a%0Ab.txt", quote(str(self.settings), ""), "x" * 300))]:
+                    "", ".", "..", "../settings.py", "%2e%2e/settings.py", "..%2fsettings.py",
+                    "%00", "..%5csettings.py", "Bienvenue.txt%00", ".cache.txt", "lien.txt",
+                    "%E9.txt", "dossier", "dossier%2fx.txt",
+                    "a%0Ab.txt", quote(str(self.settings), ""), "x" * 300))]:
             self.assertEqual(self.ask(path)[0], expected, path)
         key = self.project / "secret_key"
         self.assertEqual((key.stat().st_mode & 0o777, len(key.read_text())), (0o600, 50))
@@ -123,7 +127,8 @@ class TemplateTest(unittest.TestCase):
         for name, content in [("Été 1.txt", "premier"), ("Été 1.txt", "second"), ("...", "rien"),
                               ("../../.caché.txt", "c")]:
             self.assertEqual(self.send(name, content)[1]["Location"], "/", name)
-        self.assertEqual(sorted(os.listdir(self.offered)), ["Bienvenue.txt", "caché.txt", "Été 1.txt"])
+        self.assertEqual(sorted(os.listdir(self.offered)),
+                         ["Bienvenue.txt", "caché.txt", "Été 1.txt"])
         self.assertEqual((self.offered / "Été 1.txt").read_text("utf-8"), "premier")
         self.assertIn("existe déjà : il n&#x27;a pas été remplacé", self.ask("/")[2].decode())
 

@@ -3,12 +3,16 @@
 import os
 import re
 import tempfile
+import time
 import unicodedata
 
 from django.conf import settings
 
 # Bytes that are no UTF-8 stand in names as surrogates.
 _UNFIT_CHARACTERS = re.compile(r"[\x00-\x1f\x7f-\x9f\ud800-\udfff/]")
+
+# When the folder last changed, and the sorted names of then: large folders take long to read.
+_kept_names = (None, [])
 
 
 def is_fit(name):
@@ -23,13 +27,21 @@ def _sorting_key(name):
 
 def names():
     """The names of the offered files, in alphabetical order whatever the accents."""
+    global _kept_names
     try:
+        changed = os.stat(settings.RESOURCES_DIR).st_mtime_ns
+        if _kept_names[0] == changed:
+            return _kept_names[1]
         with os.scandir(settings.RESOURCES_DIR) as entries:
             found = [entry.name for entry in entries
                      if is_fit(entry.name) and entry.is_file(follow_symlinks=False)]
     except FileNotFoundError:
         return []
-    return sorted(found, key=_sorting_key)
+    found.sort(key=_sorting_key)
+    # A folder that has just changed may change again within the same tick of its clock.
+    if time.time_ns() - changed > 3_000_000_000:
+        _kept_names = (changed, found)
+    return found
 
 
 def size(name):
