@@ -7,11 +7,11 @@
 #include <QMovie>
 #include <QPalette>
 #include <QPushButton>
+#include <QSignalMapper>
 #include <QVariant>
 #include <memory>
 
 #include "network.h"
-#include "qt_compat.h"
 
 QString latin1_text(const std::string& bytes) {
     return QString::fromLatin1(bytes.data(), static_cast<int>(bytes.size()));
@@ -104,5 +104,7 @@ void add_network_buttons(const std::vector<Network*>& networks, QBoxLayout& colu
         button->setProperty("class", QStringLiteral("net-btn"));
         column.addWidget(button);
     }
-    QObject::connect(mapper, mapped_signal(), &window, slot);
+    // Not mapped(int), which Qt 5 sends before mappedInt(int): the slot deletes the button, and the
+    // mapper would look it up once more.
+    QObject::connect(mapper, SIGNAL(mappedInt(int)), &window, slot);
 }
