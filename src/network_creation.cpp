@@ -15,10 +15,11 @@ namespace {
 const char* const template_parts[] = {"settings.py", "urls.py",   "hubs",
                                       "ressources",  "templates", "static"};
 
-/// The first part of the template that the directory lacks, or an empty text.
+/// The first part of the template that the directory lacks or hides, or an empty text.
 QString missing_template_part(const QDir& directory) {
     for (const char* part : template_parts) {
-        if (!directory.exists(QString::fromLatin1(part))) {
+        // Readable, too: Django makes some parts of its own, where a failed copy is not missed.
+        if (!QFileInfo(directory, QString::fromLatin1(part)).isReadable()) {
             return QString::fromLatin1(part);
         }
     }
@@ -49,7 +50,7 @@ QString refusal(const QString& name) {
     }
     const QString missing = missing_template_part(QDir::current());
     if (!missing.isEmpty()) {
-        return QString::fromUtf8("il manque « %1 », une partie du modèle, dans ce répertoire.")
+        return QString::fromUtf8("« %1 », une partie du modèle, manque ici ou n'est pas lisible.")
             .arg(missing);
     }
     const QRegularExpression plain_path(QStringLiteral(R"(^[\w/.,:@%+=-]+$)"),
