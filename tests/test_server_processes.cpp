@@ -30,30 +30,22 @@ class TestServerProcesses : public QObject {
     Q_OBJECT
 
 private slots:
-    void launch_data() {
-        QTest::addColumn<QByteArray>("report");
-        QTest::addColumn<QByteArray>("path");
-        QTest::addColumn<QByteArray>("command");
-        QTest::newRow("address")
-            << QByteArray("  inet 10.0.0.7  x") << QByteArray("/srv/netA")
-            << QByteArray("cd /srv/netA && python3 manage.py runserver 10.0.0.7:8000 ; exec bash");
-        QTest::newRow("no address, blanks")
-            << QByteArray() << QByteArray("/srv/a b")
-            << QByteArray("cd /srv/a b && python3 manage.py runserver :8000 ; exec bash");
-    }
     void launch() {
-        QFETCH(QByteArray, report);
-        QFETCH(QByteArray, path);
-        QFETCH(QByteArray, command);
-        const Workbench bench;
-        bench.stand_in(QStringLiteral("ifconfig"), "echo '" + report + "'\n");
-        bench.stand_in(QStringLiteral("gnome-terminal"), terminal);
-        const Network network("A", path.toStdString(), "");
-        int result = -1;
-        const Output output = output_of([&] { result = network.launch(); });
-        QCOMPARE(result, 0);
-        QCOMPARE(output.out + output.err, QByteArray());
-        QCOMPARE(terminal_call(bench), "gnome-terminal\n--\nbash\n-c\n" + command + "\n");
+        const QByteArray with_address =
+            "cd /srv/a b && python3 manage.py runserver 10.0.0.7:8000 ; exec bash";
+        const QByteArray without = "cd /srv/a b && python3 manage.py runserver :8000 ; exec bash";
+        for (const auto& [report, command] :
+             {std::make_pair("  inet 10.0.0.7  x", with_address), std::make_pair("", without)}) {
+            const Workbench bench;
+            bench.stand_in(QStringLiteral("ifconfig"), "echo '" + QByteArray(report) + "'\n");
+            bench.stand_in(QStringLiteral("gnome-terminal"), terminal);
+            int result = -1;
+            const Output output =
+                output_of([&result] { result = Network("A", "/srv/a b", "").launch(); });
+            QCOMPARE(result, 0);
+            QCOMPARE(output.out + output.err, QByteArray());
+            QCOMPARE(terminal_call(bench), "gnome-terminal\n--\nbash\n-c\n" + command + "\n");
+        }
     }
 
     void running_check_data() {
