@@ -35,7 +35,8 @@ bool append_to_registry(const QByteArray& line) {
             return false;
         }
         contents = registry.readAll();
-        if (registry.error() != QFileDevice::NoError) {
+        // Beyond the size of a QByteArray, nothing is read, and no error is set.
+        if (registry.error() != QFileDevice::NoError || contents.size() != registry.size()) {
             return false;
         }
     }

@@ -26,24 +26,46 @@ QString missing_template_part(const QDir& directory) {
     return {};
 }
 
-/// Python itself knows best which words it takes for a name.
-bool is_python_identifier(const QString& name) {
+/// The first part of the template whose copy in the directory is not whole, or an empty text.
+QString part_not_copied(const QString& directory) {
+    for (const char* part : template_parts) {
+        const QString name = QString::fromLatin1(part);
+        const QStringList trees = {QStringLiteral("-rq"), name, directory + name};
+        if (QProcess::execute(QStringLiteral("diff"), trees) != 0) {
+            return name;
+        }
+    }
+    return {};
+}
+
+/// Asks Python itself, which knows best what it takes for a name. Answers 0 when it is one and 3
+/// when it is none, else Python has not answered.
+int check_identifier(const QString& name) {
     const QString program = QStringLiteral(
-        "import keyword, sys; name = sys.argv[1]; "
-        "sys.exit(not (name.isascii() and name.isidentifier()) or keyword.iskeyword(name))");
-    return QProcess::execute(QStringLiteral("python3"), {QStringLiteral("-c"), program, name}) == 0;
+        "import keyword, sys; name = sys.argv[1]; sys.exit(3 * (not (name.isascii() and "
+        "name.isidentifier()) or keyword.iskeyword(name)))");
+    return QProcess::execute(QStringLiteral("python3"), {QStringLiteral("-c"), program, name});
 }
 
 /// Why no network of that name can be created here, or an empty text.
 QString refusal(const QString& name) {
-    if (!is_python_identifier(name)) {
+    const int answer = check_identifier(name);
+    if (answer == 3) {
         return QString::fromUtf8(
             "le nom doit être un identifiant Python : des lettres sans accent, des chiffres et « _ "
             "», sans chiffre au début.");
     }
+    if (answer != 0) {
+        return QString::fromUtf8("python3 n'a pas pu être lancé pour vérifier le nom.");
+    }
     const QFileInfo project(name);
     if (project.exists() || project.isSymLink()) {
         return QString::fromUtf8("un fichier ou un répertoire de ce nom existe déjà ici.");
+    }
+    const QFileInfo registry(QStringLiteral("networks.data"));
+    if (registry.exists() && !(registry.isFile() && registry.isReadable())) {
+        return QString::fromUtf8(
+            "il n'a pas pu être enregistré : networks.data n'est pas un fichier lisible.");
     }
     if (is_recorded(name.toStdString())) {
         return QString::fromUtf8("un réseau de ce nom est déjà enregistré dans networks.data.");
@@ -82,7 +104,7 @@ int create_and_record_network(const std::string& name) {
     if (!project.exists(QStringLiteral("manage.py"))) {
         return fail(project_name, QString::fromUtf8("le projet Django n'a pas pu être créé."));
     }
-    const QString missing = missing_template_part(QDir(project.filePath(project_name)));
+    const QString missing = part_not_copied(project.filePath(project_name) + QLatin1Char('/'));
     if (!missing.isEmpty()) {
         return fail(project_name,
                     QString::fromUtf8("« %1 » n'a pas pu être copié du modèle.").arg(missing));

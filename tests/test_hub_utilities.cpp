@@ -2,6 +2,7 @@
 #include <unistd.h>
 
 #include <QDir>
+#include <QScopeGuard>
 #include <QtTest>
 #include <csignal>
 #include <stdexcept>
@@ -21,8 +22,8 @@ void with_limit(__rlimit_resource resource, rlim_t value, const std::function<vo
     rlimit limit = old_limit;
     limit.rlim_cur = value;
     setrlimit(resource, &limit);
+    const auto restore = qScopeGuard([&] { setrlimit(resource, &old_limit); });
     action();
-    setrlimit(resource, &old_limit);
 }
 
 /// The records as the registry lines that they came from, then deletes them.
@@ -76,13 +77,11 @@ private slots:
             // One descriptor is left, a pipe takes two; with none, sanitizers would stop us.
             const int next = dup(STDIN_FILENO);
             close(next);
-            with_limit(RLIMIT_NOFILE, static_cast<rlim_t>(next) + 1, [&message] {
-                try {
-                    exec_cmd("true");
-                } catch (const std::runtime_error& error) {
-                    message = error.what();
-                }
-            });
+            try {
+                with_limit(RLIMIT_NOFILE, static_cast<rlim_t>(next) + 1, [] { exec_cmd("true"); });
+            } catch (const std::runtime_error& error) {
+                message = error.what();
+            }
         });
         QCOMPARE(message, QByteArray("Erreur lors de l'exécution de la commande."));
         QCOMPARE(output.out, QByteArray("Oh Oh"));
