@@ -1,31 +1,70 @@
-// Two functions against the plainest loop that does the same input and output. The figures go to
-// standard error: what the registry functions print on standard output goes to /dev/null.
+// Functions of the library against the plainest code that does the same input and output, or that
+// shows as many buttons. Takes the options of Google Benchmark. The figures go to standard error:
+// what the functions print on standard output goes to /dev/null.
 #include <benchmark/benchmark.h>
+#include <unistd.h>
 
+#include <QApplication>
+#include <QDialog>
+#include <QPushButton>
+#include <QVBoxLayout>
 #include <array>
 #include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
 
+#include "applicationsetup.h"
 #include "hub_utilities.h"
 #include "network.h"
+#include "networkselectionwindow.h"
+#include "screen_pieces.h"
 
 namespace {
 
 constexpr char output_command[] = "yes 0123456789abcdef0123456789abcdef | head -c 67108864";
 
-void registry_ours(benchmark::State& state) {
-    for ([[maybe_unused]] auto _ : state) {
-        std::vector<Network*> networks;
-        read_hub_networks(&networks);
-        for (const Network* network : networks) {
-            delete network;
+/// A working directory of its own, with the pictures, the style sheet and no registry.
+class ScratchFolder {
+public:
+    ScratchFolder() {
+        if (mkdtemp(folder.data()) == nullptr) {
+            std::abort();
         }
+        std::filesystem::current_path(folder);
+        std::filesystem::create_symlink(SOURCE_DIR "/img", "img");
+        std::filesystem::create_symlink(SOURCE_DIR "/runtime/style.qss", "style.qss");
+    }
+    ~ScratchFolder() {
+        std::filesystem::current_path("/");
+        std::filesystem::remove_all(folder);
+    }
+
+private:
+    std::string folder = std::filesystem::temp_directory_path() / "quorvale-bench-XXXXXX";
+};
+
+void write_registry(std::int64_t lines) {
+    std::ofstream registry("networks.data");
+    for (std::int64_t i = 0; i < lines; ++i) {
+        registry << "network" << i << "|/srv/networks/network" << i << "|\n";
     }
 }
 
-void registry_plain(benchmark::State& state) {
+void registry_ours(benchmark::State& state, std::int64_t lines) {
+    write_registry(lines);
+    for ([[maybe_unused]] auto _ : state) {
+        std::vector<Network*> networks;
+        read_hub_networks(&networks);
+        state.PauseTiming();
+        qDeleteAll(networks);
+        state.ResumeTiming();
+    }
+}
+
+void registry_plain(benchmark::State& state, std::int64_t lines) {
+    write_registry(lines);
     for ([[maybe_unused]] auto _ : state) {
         std::ifstream registry("networks.data");
         for (std::string line; std::getline(registry, line);) {
@@ -53,34 +92,76 @@ void command_plain(benchmark::State& state) {
     }
 }
 
+void show_once(QDialog& window) {
+    window.show();
+    QCoreApplication::processEvents();
+}
+
+void home_screen(benchmark::State& state, std::int64_t networks) {
+    write_registry(networks);
+    const ApplicationSetup setup;
+    for ([[maybe_unused]] auto _ : state) {
+        NetworkSelectionWindow window(nullptr);
+        show_once(window);
+    }
+}
+
+void show_buttons(benchmark::State& state, std::int64_t buttons, const QString& page_style) {
+    for ([[maybe_unused]] auto _ : state) {
+        QDialog window;
+        window.setStyleSheet(page_style);
+        auto* const column = new QVBoxLayout(&window);
+        for (std::int64_t i = 0; i < buttons; ++i) {
+            auto* const button = new QPushButton(QStringLiteral("network%1").arg(i));
+            button->setProperty("class", QStringLiteral("net-btn"));
+            column->addWidget(button);
+        }
+        window.setFixedSize(800, 400);
+        show_once(window);
+    }
+}
+
+void bare_buttons(benchmark::State& state, std::int64_t buttons) {
+    qApp->setStyleSheet(QString());
+    show_buttons(state, buttons, QString());
+}
+
+void styled_buttons(benchmark::State& state, std::int64_t buttons) {
+    const ApplicationSetup setup;
+    show_buttons(state, buttons, QString::fromLatin1(white_page_style));
+}
+
+/// Adds two benchmarks, named ROW/ours and ROW/plain.
+template <typename Ours, typename Plain, typename... Size>
+void compare(const std::string& row, Ours ours, Plain plain, Size... size) {
+    const auto add = [&](const char* side, auto function) {
+        benchmark::RegisterBenchmark((row + side).c_str(), function, size...)
+            ->Unit(benchmark::kMillisecond);
+    };
+    add("/ours", ours);
+    add("/plain", plain);
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    const QApplication application(argc, argv);
     benchmark::Initialize(&argc, argv);
-    const auto folder = std::filesystem::temp_directory_path() / "quorvale-bench";
-    std::filesystem::create_directories(folder);
-    std::filesystem::current_path(folder);
-    std::ofstream registry("networks.data");
-    for (int i = 0; i < 100000; ++i) {
-        registry << "network" << i << "|/srv/networks/network" << i << "|\n";
-    }
-    registry.close();
     if (std::freopen("/dev/null", "w", stdout) == nullptr) {
         return 1;
     }
-    const std::array<std::pair<const char*, void (*)(benchmark::State&)>, 4> benchmarks = {{
-        {"registry/ours", registry_ours},
-        {"registry/plain", registry_plain},
-        {"command/ours", command_ours},
-        {"command/plain", command_plain},
-    }};
-    for (const auto& [name, function] : benchmarks) {
-        benchmark::RegisterBenchmark(name, function)->Unit(benchmark::kMillisecond)->UseRealTime();
+    const ScratchFolder folder;
+    compare("Registry, lines: 100000", registry_ours, registry_plain, 100000);
+    compare("Command output, 64 MiB", command_ours, command_plain);
+    for (const std::int64_t count : {10, 1000, 10000}) {
+        const std::string row = "Home screen, networks: " + std::to_string(count);
+        compare(row + ", bare buttons", home_screen, bare_buttons, count);
+        compare(row + ", styled buttons", home_screen, styled_buttons, count);
     }
-    benchmark::ConsoleReporter reporter;
+    benchmark::ConsoleReporter reporter(benchmark::ConsoleReporter::OO_None);
     reporter.SetOutputStream(&std::cerr);
     reporter.SetErrorStream(&std::cerr);
     benchmark::RunSpecifiedBenchmarks(&reporter);
-    std::filesystem::current_path("/");
-    std::filesystem::remove_all(folder);
+    return 0;
 }
