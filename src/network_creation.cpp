@@ -29,7 +29,7 @@ QString missing_template_part(const QDir& directory) {
 /// The first part of the template whose copy in the directory is not whole, or an empty text.
 QString part_not_copied(const QString& directory) {
     for (const char* part : template_parts) {
-        const QString name = QString::fromLatin1(part);
+        QString name = QString::fromLatin1(part);
         const QStringList trees = {QStringLiteral("-rq"), name, directory + name};
         if (QProcess::execute(QStringLiteral("diff"), trees) != 0) {
             return name;
