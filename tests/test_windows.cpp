@@ -73,40 +73,24 @@ QPushButton* button(const QWidget& window, const char* text) {
     return nullptr;
 }
 
-std::unique_ptr<NetworkSelectionWindow> selection_window() {
-    std::unique_ptr<NetworkSelectionWindow> window;
-    output_of([&window] { window = std::make_unique<NetworkSelectionWindow>(nullptr); });
-    return window;
-}
-
-std::unique_ptr<ClientWindow> client_window() {
-    std::unique_ptr<ClientWindow> window;
-    output_of([&window] { window = std::make_unique<ClientWindow>(nullptr); });
-    return window;
-}
-
 /// Builds the screen of that name.
 std::unique_ptr<QDialog> screen(const QString& name) {
     if (name == QStringLiteral("setup")) {
         return std::make_unique<SetupWindow>(nullptr);
     }
-    if (name == QStringLiteral("search") || name == QStringLiteral("connected")) {
-        auto client = client_window();
-        if (name == QStringLiteral("connected")) {
-            client->remove_layouts(nullptr);
-            client->network_selected_mode();
-        }
-        return client;
+    if (name == QStringLiteral("search")) {
+        return std::make_unique<ClientWindow>(nullptr);
     }
-    auto selection = selection_window();
-    if (name != QStringLiteral("home")) {
-        selection->clean_screen();
+    auto selection = std::make_unique<NetworkSelectionWindow>(nullptr);
+    if (name == QStringLiteral("home")) {
+        return selection;
     }
+    selection->clean_screen();
     if (name == QStringLiteral("loading")) {
         selection->loading_mode();
     } else if (name == QStringLiteral("ready")) {
         selection->network_started_mode(nullptr);
-    } else if (name == QStringLiteral("new_network")) {
+    } else {
         selection->new_network_mode();
     }
     return selection;
@@ -122,8 +106,7 @@ class TestWindows : public QObject {
 private slots:
     void screens_data() {
         QTest::addColumn<QString>("name");
-        for (const char* name :
-             {"home", "loading", "ready", "new_network", "setup", "search", "connected"}) {
+        for (const char* name : {"home", "loading", "ready", "new_network", "setup", "search"}) {
             QTest::newRow(name) << QString::fromLatin1(name);
         }
     }
@@ -198,7 +181,7 @@ private slots:
                            QByteArray::number(processes) + "\n");
         bench.stand_in(QStringLiteral("gnome-terminal"),
                        "echo \"$4\" > $BENCH/t && mv $BENCH/t $BENCH/command\n");
-        const auto window = selection_window();
+        const auto window = screen(QStringLiteral("home"));
         const Browser browser(*window);
         QElapsedTimer clock;
         clock.start();
@@ -232,7 +215,7 @@ private slots:
         }
         // On a white page and on a palette's, a network's button shows its state.
         for (const char* page_style : {" background: #fff;", ""}) {
-            const auto window = selection_window();
+            const auto window = screen(QStringLiteral("home"));
             window->setStyleSheet(QString::fromLatin1(page_style));
             window->show();
             window->activateWindow();
@@ -270,7 +253,7 @@ private slots:
             *.9:8000/_infos/kl/) ;;
             *) echo 'HTTP/1.1 200 OK';;
             esac)sh");
-        const auto window = client_window();
+        const auto window = screen(QStringLiteral("search"));
         QCOMPARE(described(*window), expected_screen(QStringLiteral("list")));
 
         const Browser browser(*window);
