@@ -8,7 +8,8 @@
 /// recorded and its migrations have run, else 1 with one French line on standard error.
 ///
 /// Refused before anything is created: a name that is not a Python identifier of ASCII letters,
-/// one that exists or is recorded, a missing or unreadable template file, a working directory whose
-/// name the shell would not take as it stands. What a failed command leaves behind is not removed.
-/// The commands' own complaints go to standard error. Blocks until they have ended.
+/// one that exists or is recorded, a registry that is no readable file, a missing or unreadable
+/// template file, a working directory whose name the shell would not take as it stands. What a
+/// failed command leaves behind is not removed. The commands' own complaints go to standard error.
+/// Blocks until they have ended.
 int create_and_record_network(const std::string& name);
