@@ -2,16 +2,15 @@
 // shows as many buttons. Takes the options of Google Benchmark. The figures go to standard error:
 // what the functions print on standard output goes to /dev/null.
 #include <benchmark/benchmark.h>
-#include <unistd.h>
 
 #include <QApplication>
 #include <QDialog>
+#include <QDir>
 #include <QPushButton>
+#include <QTemporaryDir>
 #include <QVBoxLayout>
 #include <array>
 #include <cstdio>
-#include <cstdlib>
-#include <filesystem>
 #include <fstream>
 #include <iostream>
 
@@ -24,26 +23,6 @@
 namespace {
 
 constexpr char output_command[] = "yes 0123456789abcdef0123456789abcdef | head -c 67108864";
-
-/// A working directory of its own, with the pictures, the style sheet and no registry.
-class ScratchFolder {
-public:
-    ScratchFolder() {
-        if (mkdtemp(folder.data()) == nullptr) {
-            std::abort();
-        }
-        std::filesystem::current_path(folder);
-        std::filesystem::create_symlink(SOURCE_DIR "/img", "img");
-        std::filesystem::create_symlink(SOURCE_DIR "/runtime/style.qss", "style.qss");
-    }
-    ~ScratchFolder() {
-        std::filesystem::current_path("/");
-        std::filesystem::remove_all(folder);
-    }
-
-private:
-    std::string folder = std::filesystem::temp_directory_path() / "quorvale-bench-XXXXXX";
-};
 
 void write_registry(std::int64_t lines) {
     std::ofstream registry("networks.data");
@@ -151,7 +130,10 @@ int main(int argc, char** argv) {
     if (std::freopen("/dev/null", "w", stdout) == nullptr) {
         return 1;
     }
-    const ScratchFolder folder;
+    const QTemporaryDir folder;
+    QDir::setCurrent(folder.path());
+    QFile::link(QStringLiteral(SOURCE_DIR "/img"), QStringLiteral("img"));
+    QFile::link(QStringLiteral(SOURCE_DIR "/runtime/style.qss"), QStringLiteral("style.qss"));
     compare("Registry, lines: 100000", registry_ours, registry_plain, 100000);
     compare("Command output, 64 MiB", command_ours, command_plain);
     for (const std::int64_t count : {10, 1000, 10000}) {

@@ -1,10 +1,10 @@
 // The registry's writer, read back: behind any contents, a network that was recorded is the last
 // one read, and those before it are as they were; one that was refused changes nothing.
 #include <fuzzer/FuzzedDataProvider.h>
-#include <unistd.h>
 
+#include <QDir>
+#include <QTemporaryDir>
 #include <cstdlib>
-#include <filesystem>
 #include <fstream>
 #include <iostream>
 #include <iterator>
@@ -17,27 +17,6 @@
 namespace {
 
 using Records = std::vector<std::pair<std::string, std::string>>;
-
-/// A folder of its own as the working directory, until the process ends.
-class ScratchFolder {
-public:
-    ScratchFolder() {
-        if (mkdtemp(folder.data()) == nullptr) {
-            std::abort();
-        }
-        std::filesystem::current_path(folder);
-        // The functions echo what they read and refuse.
-        std::cout.rdbuf(nullptr);
-        std::cerr.rdbuf(nullptr);
-    }
-    ~ScratchFolder() {
-        std::filesystem::current_path("/");
-        std::filesystem::remove_all(folder);
-    }
-
-private:
-    std::string folder = std::filesystem::temp_directory_path() / "registry-XXXXXX";
-};
 
 Records read_records() {
     std::vector<Network*> networks;
@@ -57,8 +36,16 @@ std::string registry_contents() {
 
 }  // namespace
 
+extern "C" int LLVMFuzzerInitialize(int* /*argc*/, char*** /*argv*/) {
+    // The functions echo what they read and refuse.
+    std::cout.rdbuf(nullptr);
+    std::cerr.rdbuf(nullptr);
+    return 0;
+}
+
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    static const ScratchFolder folder;
+    static const QTemporaryDir folder;
+    QDir::setCurrent(folder.path());
     FuzzedDataProvider input(data, size);
     const std::string name = input.ConsumeRandomLengthString();
     const std::string directory = input.ConsumeRandomLengthString();
