@@ -14,12 +14,12 @@ int main(int argc, char** argv) {
     QDialog window;
     window.setWindowTitle(QStringLiteral("Bare"));
     window.setFixedSize(800, 400);
-    auto* const container = new QWidget;
-    auto* const container_layout = new QHBoxLayout(container);
-    auto* const right_column = new QWidget;
-    auto* const right_layout = new QVBoxLayout(right_column);
-    auto* const list_panel = new QWidget;
-    auto* const list_layout = new QVBoxLayout(list_panel);
+    auto* container = new QWidget;
+    auto* container_layout = new QHBoxLayout(container);
+    auto* right_column = new QWidget;
+    auto* right_layout = new QVBoxLayout(right_column);
+    auto* list_panel = new QWidget;
+    auto* list_layout = new QVBoxLayout(list_panel);
     container_layout->addWidget(new QLabel(QStringLiteral("picture")));
     container_layout->addWidget(right_column);
     right_layout->addWidget(new QLabel(QStringLiteral("banner")));
@@ -29,7 +29,7 @@ int main(int argc, char** argv) {
     for (int i = 0; i < networks; ++i) {
         list_layout->addWidget(new QPushButton(QStringLiteral("network%1").arg(i)));
     }
-    auto* const page = new QVBoxLayout(&window);
+    auto* page = new QVBoxLayout(&window);
     page->addWidget(container);
     window.show();
     return QApplication::exec();

@@ -60,7 +60,7 @@ void command_ours(benchmark::State& state) {
 
 void command_plain(benchmark::State& state) {
     for ([[maybe_unused]] auto _ : state) {
-        std::FILE* const pipe = popen(output_command, "r");
+        std::FILE* pipe = popen(output_command, "r");
         std::array<char, 128> buffer{};
         std::string output;
         while (std::fgets(buffer.data(), static_cast<int>(buffer.size()), pipe) != nullptr) {
@@ -89,9 +89,9 @@ void show_buttons(benchmark::State& state, std::int64_t buttons, const QString& 
     for ([[maybe_unused]] auto _ : state) {
         QDialog window;
         window.setStyleSheet(page_style);
-        auto* const column = new QVBoxLayout(&window);
+        auto* column = new QVBoxLayout(&window);
         for (std::int64_t i = 0; i < buttons; ++i) {
-            auto* const button = new QPushButton(QStringLiteral("network%1").arg(i));
+            auto* button = new QPushButton(QStringLiteral("network%1").arg(i));
             button->setProperty("class", QStringLiteral("net-btn"));
             column->addWidget(button);
         }

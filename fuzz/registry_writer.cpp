@@ -13,6 +13,7 @@
 
 #include "hub_utilities.h"
 #include "network.h"
+#include "registry_writer.h"
 
 namespace {
 

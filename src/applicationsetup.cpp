@@ -30,7 +30,7 @@ void ApplicationSetup::apply_style_sheet() {
 }
 
 void ApplicationSetup::install_translation() {
-    for (const QString& language : qAsConst(languages)) {
+    for (const QString& language : std::as_const(languages)) {
         const QString base_name = QStringLiteral("TesquinGUI_") + QLocale(language).name();
         if (translator.load(QStringLiteral(":/i18n/") + base_name)) {
             QCoreApplication::installTranslator(&translator);

@@ -20,14 +20,14 @@ ClientWindow::~ClientWindow() {
 }
 
 void ClientWindow::searching_networks_mode() {
-    auto* const page = new QVBoxLayout(this);
+    auto* page = new QVBoxLayout(this);
     page->setSpacing(0);
     page->setContentsMargins(0, 0, 0, 0);
     page->setAlignment(Qt::AlignHCenter | Qt::AlignVCenter | Qt::AlignTop);
 
     page->addWidget(centred_animation(QStringLiteral("wifi.gif"), QSize(335, 335)));
 
-    auto* const text = new QLabel(
+    auto* text = new QLabel(
         QStringLiteral("<div style='font-size:24px;color:blue;margin-bottom:30px;  '> Recherche "
                        "d'un Reseau disponible ... </div>"));
     text->setAlignment(Qt::AlignCenter);
@@ -50,16 +50,16 @@ void ClientWindow::searching_networks_mode() {
 }
 
 void ClientWindow::selecting_networks_mode() {
-    auto* const title = new QLabel(
+    auto* title = new QLabel(
         QStringLiteral("<div><span style='font-size:40px;'> Liste des Reseaux disponibles "
                        "</span></div>"));
     title->setWordWrap(true);
 
-    auto* const list = new QWidget;
-    auto* const list_layout = new QVBoxLayout(list);
+    auto* list = new QWidget;
+    auto* list_layout = new QVBoxLayout(list);
     list_layout->addWidget(new QLabel(QStringLiteral("<div>Selectionner un Reseau </div>")));
 
-    auto* const page = new QVBoxLayout;
+    auto* page = new QVBoxLayout;
     page->addWidget(title);
     page->addWidget(list);
     page->setAlignment(Qt::AlignTop);
@@ -77,7 +77,7 @@ void ClientWindow::go_to_network(std::string address) {
 }
 
 void ClientWindow::network_selected_mode() {
-    auto* const page = new QVBoxLayout(this);
+    auto* page = new QVBoxLayout(this);
     page->setAlignment(Qt::AlignHCenter | Qt::AlignTop);
     page->setSpacing(20);
 

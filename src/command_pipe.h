@@ -8,5 +8,5 @@
 /// byte in the output hides the rest of its piece.
 ///
 /// Blocks until the command has ended; its exit status is not looked at and its standard error goes
-/// to the process's own. Answers false, with nothing read, when the command cannot be started.
+/// to the process's own. Returns false, with nothing read, when the command cannot be started.
 bool read_command(const std::string& command, const std::function<void(const char*)>& take_piece);

@@ -1,56 +1,14 @@
 #include "hub_utilities.h"
 
-#include <QByteArray>
-#include <QFile>
-#include <QLockFile>
-#include <QSaveFile>
 #include <algorithm>
 #include <cstdlib>
 #include <fstream>
 #include <iostream>
-#include <memory>
 #include <sstream>
 #include <stdexcept>
 
 #include "command_pipe.h"
 #include "network.h"
-
-namespace {
-
-bool is_registry_field(const std::string& text) {
-    return !text.empty() && text.find_first_of("|\n") == std::string::npos;
-}
-
-/// Answers whether the registry, as it was with one line more, is in place.
-bool append_to_registry(const QByteArray& line) {
-    const QString registry_name = QStringLiteral("networks.data");
-    QLockFile lock(registry_name + QStringLiteral(".lock"));
-    if (!lock.lock()) {
-        return false;
-    }
-    QByteArray contents;
-    QFile registry(registry_name);
-    if (registry.exists()) {
-        if (!registry.open(QIODevice::ReadOnly)) {
-            return false;
-        }
-        contents = registry.readAll();
-        // Beyond the size of a QByteArray, nothing is read, and no error is set.
-        if (registry.error() != QFileDevice::NoError || contents.size() != registry.size()) {
-            return false;
-        }
-    }
-    if (!contents.isEmpty() && !contents.endsWith('\n')) {
-        contents += '\n';
-    }
-    // Written beside the registry, then renamed over it: whole or not at all. The commit alone
-    // would not report a disk that is full by the last bytes: the flush does.
-    QSaveFile replacement(registry_name);
-    return replacement.open(QIODevice::WriteOnly) && replacement.write(contents + line) >= 0 &&
-           replacement.flush() && replacement.commit();
-}
-
-}  // namespace
 
 std::string exec_cmd(std::string command) {
     std::string output;
@@ -77,7 +35,7 @@ void read_hub_networks(std::vector<Network*>* networks) {
     std::string line;
     for (int number = 1; std::getline(registry, line); ++number) {
         std::cout << line << std::endl;
-        Network* const network = split_hub_networks_file(line);
+        Network* network = split_hub_networks_file(line);
         if (network == nullptr) {
             std::cerr << "networks.data, ligne " << number
                       << " ignorée : il y manque le nom ou le répertoire, chacun suivi de « | »."
@@ -159,34 +117,6 @@ int create_new_network(std::string name, std::string path) {
     for (const std::string& command : commands) {
         // A failed command speaks for itself, and the ones after it are tried all the same.
         [[maybe_unused]] const int status = std::system(command.c_str());
-    }
-    return 0;
-}
-
-bool is_recorded(const std::string& name) {
-    std::ifstream registry("networks.data");
-    for (std::string line; std::getline(registry, line);) {
-        const std::unique_ptr<const Network> network(split_hub_networks_file(line));
-        if (network && network->name == name) {
-            return true;
-        }
-    }
-    return false;
-}
-
-int record_hub_network(std::string name, std::string directory) {
-    if (!is_registry_field(name) || !is_registry_field(directory)) {
-        std::cerr
-            << "networks.data : un nom ou un répertoire vide, ou qui contient « | » ou un saut "
-               "de ligne, ne peut pas être enregistré."
-            << std::endl;
-        return 1;
-    }
-    if (!append_to_registry(QByteArray::fromStdString(name + "|" + directory + "|\n"))) {
-        std::cerr
-            << "networks.data : le réseau n'a pas pu être enregistré, le fichier est inchangé."
-            << std::endl;
-        return 1;
     }
     return 0;
 }

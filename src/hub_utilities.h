@@ -62,14 +62,3 @@ std::vector<std::string> find_servers_names(std::vector<std::string> servers);
 ///
 /// Both texts reach the shell unquoted. Blocks until the last command has ended. Records nothing.
 int create_new_network(std::string name, std::string path);
-
-/// Answers whether "networks.data" (working directory) has a network of that name. Prints nothing.
-bool is_recorded(const std::string& name);
-
-/// Appends a network to "networks.data" (working directory) and returns 0; the file is made when
-/// there is none.
-///
-/// Returns 1, with one line on standard error and the file untouched, when a text is empty or holds
-/// a bar or a line feed, or when the new file cannot be written whole. A crash or a full disk
-/// leaves the old file. Two calls at a time, from two programs, take turns.
-int record_hub_network(std::string name, std::string directory);

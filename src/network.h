@@ -22,11 +22,11 @@ public:
     /// application; the child process is not waited for.
     int launch() const;
 
-    /// Answers 1 when the process list shows a server of a project below a folder named "Tesquin",
+    /// Returns 1 when the process list shows a server of a project below a folder named "Tesquin",
     /// else 0; the same for every record. Blocks until `ps` has ended; prints nothing.
     ///
     /// Leaves the process IDs found in "net_hub_tmp.lo" of the working directory, one a line. Also
-    /// answers 1 when the process list cannot be read at all.
+    /// returns 1 when the process list cannot be read at all.
     int is_launched() const;
 
     std::string name;     ///< display name, the text of the network's button

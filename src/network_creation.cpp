@@ -9,6 +9,7 @@
 #include <iostream>
 
 #include "hub_utilities.h"
+#include "registry_writer.h"
 
 namespace {
 
@@ -38,7 +39,7 @@ QString part_not_copied(const QString& directory) {
     return {};
 }
 
-/// Asks Python itself, which knows best what it takes for a name. Answers 0 when it is one and 3
+/// Asks Python itself, which knows best what it takes for a name. Returns 0 when it is one and 3
 /// when it is none, else Python has not answered.
 int check_identifier(const QString& name) {
     const QString program = QStringLiteral(
@@ -51,34 +52,34 @@ int check_identifier(const QString& name) {
 QString refusal(const QString& name) {
     const int answer = check_identifier(name);
     if (answer == 3) {
-        return QString::fromUtf8(
+        return QStringLiteral(
             "le nom doit être un identifiant Python : des lettres sans accent, des chiffres et « _ "
             "», sans chiffre au début.");
     }
     if (answer != 0) {
-        return QString::fromUtf8("python3 n'a pas pu être lancé pour vérifier le nom.");
+        return QStringLiteral("python3 n'a pas pu être lancé pour vérifier le nom.");
     }
     const QFileInfo project(name);
     if (project.exists() || project.isSymLink()) {
-        return QString::fromUtf8("un fichier ou un répertoire de ce nom existe déjà ici.");
+        return QStringLiteral("un fichier ou un répertoire de ce nom existe déjà ici.");
     }
     const QFileInfo registry(QStringLiteral("networks.data"));
     if (registry.exists() && !(registry.isFile() && registry.isReadable())) {
-        return QString::fromUtf8(
+        return QStringLiteral(
             "il n'a pas pu être enregistré : networks.data n'est pas un fichier lisible.");
     }
     if (is_recorded(name.toStdString())) {
-        return QString::fromUtf8("un réseau de ce nom est déjà enregistré dans networks.data.");
+        return QStringLiteral("un réseau de ce nom est déjà enregistré dans networks.data.");
     }
     const QString missing = missing_template_part(QDir::current());
     if (!missing.isEmpty()) {
-        return QString::fromUtf8("« %1 », une partie du modèle, manque ici ou n'est pas lisible.")
+        return QStringLiteral("« %1 », une partie du modèle, manque ici ou n'est pas lisible.")
             .arg(missing);
     }
     const QRegularExpression plain_path(QStringLiteral(R"(^[\w/.,:@%+=-]+$)"),
                                         QRegularExpression::UseUnicodePropertiesOption);
     if (!plain_path.match(QDir::currentPath()).hasMatch()) {
-        return QString::fromUtf8(
+        return QStringLiteral(
             "le chemin de ce répertoire contient un espace ou un caractère que le terminal ne "
             "prendrait pas tel quel.");
     }
@@ -102,12 +103,12 @@ int create_and_record_network(const std::string& name) {
     create_new_network(name, name);
     const QDir project(project_name);
     if (!project.exists(QStringLiteral("manage.py"))) {
-        return fail(project_name, QString::fromUtf8("le projet Django n'a pas pu être créé."));
+        return fail(project_name, QStringLiteral("le projet Django n'a pas pu être créé."));
     }
     const QString missing = part_not_copied(project.filePath(project_name) + QLatin1Char('/'));
     if (!missing.isEmpty()) {
         return fail(project_name,
-                    QString::fromUtf8("« %1 » n'a pas pu être copié du modèle.").arg(missing));
+                    QStringLiteral("« %1 » n'a pas pu être copié du modèle.").arg(missing));
     }
 
     const QByteArray directory = QFile::encodeName(project.absolutePath());
@@ -121,8 +122,7 @@ int create_and_record_network(const std::string& name) {
                     {QStringLiteral("manage.py"), QStringLiteral("migrate"),
                      QStringLiteral("--verbosity"), QStringLiteral("0")});
     if (!migration.waitForFinished(-1) || migration.exitCode() != 0) {
-        return fail(project_name,
-                    QString::fromUtf8("sa base de données n'a pas pu être préparée."));
+        return fail(project_name, QStringLiteral("sa base de données n'a pas pu être préparée."));
     }
     return 0;
 }

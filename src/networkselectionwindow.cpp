@@ -27,18 +27,18 @@ NetworkSelectionWindow::~NetworkSelectionWindow() {
 void NetworkSelectionWindow::main_mode() {
     setStyleSheet(QString::fromLatin1(white_page_style));
 
-    auto* const picture = new QLabel;
+    auto* picture = new QLabel;
     picture->setPixmap(QPixmap(QStringLiteral("img/people.jpeg")));
     picture->setScaledContents(true);
     picture->setFixedSize(400, 328);
 
-    auto* const banner = new QLabel(QStringLiteral(
+    auto* banner = new QLabel(QStringLiteral(
         "<div><span style='font-size:60px;'> Quorvale </span></div> "
         "<div style='margin-top:1px;text-align:center;'> Modernisez la Gestion de vos ressources "));
     banner->setWordWrap(true);
 
-    auto* const list_panel = new QWidget;
-    auto* const list_layout = new QVBoxLayout(list_panel);
+    auto* list_panel = new QWidget;
+    auto* list_layout = new QVBoxLayout(list_panel);
     list_layout->addWidget(new QLabel(
         QStringLiteral("<div style='color:blue;'><b> + Creer un Nouveau Reseau </b></div>")));
     list_layout->addWidget(new QLabel(QStringLiteral("<div>Reseaux disponibles </div>")));
@@ -48,26 +48,26 @@ void NetworkSelectionWindow::main_mode() {
     }
     add_network_buttons(networks, *list_layout, *this, SLOT(fuck_tho(int)));
 
-    auto* const right_column = new QWidget;
-    auto* const right_layout = new QVBoxLayout(right_column);
+    auto* right_column = new QWidget;
+    auto* right_layout = new QVBoxLayout(right_column);
     right_layout->addWidget(banner);
     right_layout->addWidget(list_panel);
 
-    auto* const container = new QWidget;
-    auto* const container_layout = new QHBoxLayout(container);
+    auto* container = new QWidget;
+    auto* container_layout = new QHBoxLayout(container);
     container_layout->addWidget(picture);
     container_layout->addWidget(right_column);
 
-    auto* const page = new QVBoxLayout;
+    auto* page = new QVBoxLayout;
     page->addWidget(container);
     setLayout(page);
 }
 
 void NetworkSelectionWindow::loading_mode() {
-    QLabel* const animation = animated_label(QStringLiteral("img/loading.gif"), QSize(300, 200));
+    QLabel* animation = animated_label(QStringLiteral("img/loading.gif"), QSize(300, 200));
     animation->setScaledContents(true);
 
-    auto* const page = new QHBoxLayout;
+    auto* page = new QHBoxLayout;
     page->addWidget(animation);
     page->addWidget(new QLabel(QStringLiteral(
         "<div style='font-size:25px;text-align:center;'>Mise en place de l'environnement...</div> "
@@ -93,7 +93,7 @@ void NetworkSelectionWindow::network_started_mode(Network* /*network*/) {
     setStyleSheet(QString());
     set_flat_background(*this, QStringLiteral("#3399ff"));
 
-    auto* const page = new QVBoxLayout(this);
+    auto* page = new QVBoxLayout(this);
     page->setAlignment(Qt::AlignTop | Qt::AlignHCenter);
     page->setSpacing(20);
 
@@ -119,12 +119,12 @@ void NetworkSelectionWindow::network_started_mode(Network* /*network*/) {
 void NetworkSelectionWindow::new_network_mode() {
     setStyleSheet(QString::fromLatin1(white_page_style));
 
-    auto* const page = new QVBoxLayout;
+    auto* page = new QVBoxLayout;
     page->addWidget(new QLabel(QStringLiteral("<a href='#'>Retour a la Selection</a> ")));
     page->addWidget(new QLabel(
         QStringLiteral(" <div style='font-size:30px;font-weight:bold;'> Nouveau Reseau </div>")));
     page->addWidget(
-        form_panel({{QString::fromUtf8("Nom du Réseau :               "), new QLineEdit},
+        form_panel({{QStringLiteral("Nom du Réseau :               "), new QLineEdit},
                     {QStringLiteral("Chemin d'Acces :              "), new QLineEdit},
                     {QStringLiteral("Pseudo de l'Administrateur :  "), new QLineEdit},
                     {QStringLiteral("Mot de Passe de l'Administrateur : "), new QLineEdit},

@@ -18,7 +18,7 @@ QString latin1_text(const std::string& bytes) {
 }
 
 void clear_layout(QWidget& window) {
-    QLayout* const layout = window.layout();
+    QLayout* layout = window.layout();
     if (layout == nullptr) {
         return;
     }
@@ -29,8 +29,8 @@ void clear_layout(QWidget& window) {
 }
 
 QLabel* animated_label(const QString& file, const QSize& size) {
-    auto* const label = new QLabel;
-    auto* const movie = new QMovie(file, QByteArray(), label);
+    auto* label = new QLabel;
+    auto* movie = new QMovie(file, QByteArray(), label);
     label->setFixedSize(size);
     label->setMovie(movie);
     movie->setScaledSize(size);
@@ -39,29 +39,29 @@ QLabel* animated_label(const QString& file, const QSize& size) {
 }
 
 QWidget* centred_animation(const QString& file, const QSize& size) {
-    QLabel* const animation = animated_label(file, size);
+    QLabel* animation = animated_label(file, size);
     animation->setAlignment(Qt::AlignCenter);
     animation->setStyleSheet(QStringLiteral("text-align:center;"));
 
-    auto* const box = new QWidget;
-    auto* const layout = new QHBoxLayout(box);
+    auto* box = new QWidget;
+    auto* layout = new QHBoxLayout(box);
     layout->addWidget(animation);
     layout->setAlignment(Qt::AlignCenter);
     return box;
 }
 
 QLabel* status_label(const QString& text, const QString& style) {
-    auto* const label = new QLabel(text);
+    auto* label = new QLabel(text);
     label->setStyleSheet(style);
     label->setAlignment(Qt::AlignCenter);
     return label;
 }
 
 QWidget* button_row(const std::vector<std::pair<QString, QString>>& buttons) {
-    auto* const row = new QWidget;
-    auto* const layout = new QHBoxLayout(row);
+    auto* row = new QWidget;
+    auto* layout = new QHBoxLayout(row);
     for (const auto& [text, style] : buttons) {
-        auto* const button = new QPushButton(text);
+        auto* button = new QPushButton(text);
         button->setStyleSheet(style);
         layout->addWidget(button);
     }
@@ -70,15 +70,15 @@ QWidget* button_row(const std::vector<std::pair<QString, QString>>& buttons) {
 
 QWidget* form_panel(const std::vector<std::pair<QString, QWidget*>>& rows,
                     const QString& save_text) {
-    auto* const panel = new QWidget;
-    auto* const grid = new QGridLayout(panel);
+    auto* panel = new QWidget;
+    auto* grid = new QGridLayout(panel);
     int row = 1;
     for (const auto& [label, field] : rows) {
         grid->addWidget(new QLabel(label), row, 1);
         grid->addWidget(field, row, 2);
         ++row;
     }
-    auto* const save = new QPushButton(save_text);
+    auto* save = new QPushButton(save_text);
     save->setStyleSheet(QStringLiteral("background:#333;color:#fff;margin-top:15px;padding:5px;"));
     grid->addWidget(save, row, 2);
     return panel;
@@ -95,10 +95,10 @@ void set_flat_background(QWidget& window, const QString& colour) {
 
 void add_network_buttons(const std::vector<Network*>& networks, QBoxLayout& column, QWidget& window,
                          const char* slot) {
-    auto* const mapper = new QSignalMapper(&window);
+    auto* mapper = new QSignalMapper(&window);
     int index = 0;
     for (const Network* network : networks) {
-        auto* const button = new QPushButton(latin1_text(network->name));
+        auto* button = new QPushButton(latin1_text(network->name));
         QObject::connect(button, SIGNAL(clicked()), mapper, SLOT(map()));
         mapper->setMapping(button, index++);
         button->setProperty("class", QStringLiteral("net-btn"));

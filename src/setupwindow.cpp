@@ -11,17 +11,17 @@
 namespace {
 
 QWidget* sidebar_item(const QString& icon_file, int icon_width, const QString& caption_text) {
-    auto* const icon = new QLabel;
+    auto* icon = new QLabel;
     icon->setPixmap(QPixmap(icon_file));
     icon->setScaledContents(true);
     icon->setFixedSize(icon_width, 40);
     icon->setAlignment(Qt::AlignCenter);
 
-    auto* const caption = new QLabel(caption_text);
+    auto* caption = new QLabel(caption_text);
     caption->setAlignment(Qt::AlignCenter);
 
-    auto* const item = new QWidget;
-    auto* const layout = new QVBoxLayout(item);
+    auto* item = new QWidget;
+    auto* layout = new QVBoxLayout(item);
     layout->addWidget(icon);
     layout->addWidget(caption);
     layout->setAlignment(Qt::AlignCenter);
@@ -30,8 +30,8 @@ QWidget* sidebar_item(const QString& icon_file, int icon_width, const QString& c
 }
 
 QWidget* sidebar() {
-    auto* const bar = new QWidget;
-    auto* const layout = new QVBoxLayout(bar);
+    auto* bar = new QWidget;
+    auto* layout = new QVBoxLayout(bar);
     layout->setSpacing(30);
     layout->addWidget(sidebar_item(
         QStringLiteral("img/image-regular.svg"), 45,
@@ -44,23 +44,23 @@ QWidget* sidebar() {
         QStringLiteral("<div style='color:black;text-align:center;'> Repertoires </div>")));
     layout->addWidget(sidebar_item(
         QStringLiteral("img/network-wired-solid.svg"), 50,
-        QString::fromUtf8("<div style='color:black;text-align:center;'> Réseaux </div>")));
+        QStringLiteral("<div style='color:black;text-align:center;'> Réseaux </div>")));
     bar->setStyleSheet(QStringLiteral("background-color: #fff; color: #333;"));
     return bar;
 }
 
 QWidget* users_section() {
-    auto* const section = new QWidget;
-    auto* const layout = new QVBoxLayout(section);
+    auto* section = new QWidget;
+    auto* layout = new QVBoxLayout(section);
     layout->addWidget(new QLabel(QStringLiteral("Configuration des Utilisateurs")));
     layout->addWidget(
         new QLabel(QStringLiteral(" <div style='font-size:30px;font-weight:bold;'> Ajouter un "
                                   "super-utilisateur </div>")));
     section->setStyleSheet(QStringLiteral("background:#fff;"));
 
-    auto* const role = new QComboBox;
+    auto* role = new QComboBox;
     role->addItems({QStringLiteral("Brisquelle"), QStringLiteral("Utilisateur standard"),
-                    QString::fromUtf8("Invité")});
+                    QStringLiteral("Invité")});
     role->setStyleSheet(QStringLiteral("border:nones;color:#333;font-weight:bold;"));
 
     layout->addWidget(form_panel({{QStringLiteral("Votre Pseudonyme :       "), new QLineEdit},
@@ -76,10 +76,10 @@ QWidget* users_section() {
 }  // namespace
 
 SetupWindow::SetupWindow(QWidget* parent) : QDialog(parent) {
-    QWidget* const bar = sidebar();
+    QWidget* bar = sidebar();
     bar->setMaximumWidth(200);
 
-    auto* const page = new QHBoxLayout;
+    auto* page = new QHBoxLayout;
     page->addWidget(bar);
     page->addWidget(users_section());
     setLayout(page);

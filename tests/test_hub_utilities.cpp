@@ -9,7 +9,8 @@
 
 #include "hub_utilities.h"
 #include "network.h"
-#include "workbench.h"
+#include "registry_writer.h"
+#include "test_directory.h"
 
 namespace {
 
@@ -95,10 +96,10 @@ private slots:
             {first + loopback, "192.0.2.7"},
             {first + "wlan0:\n   inet 198.51.100.4  x\n" + loopback, "198.51.100.4"},
         };
-        const Workbench bench;
-        bench.stand_in(QStringLiteral("ifconfig"), "cat report\n");
+        const TestDirectory directory;
+        directory.fake_command(QStringLiteral("ifconfig"), "cat report\n");
         for (const auto& [report, address] : rows) {
-            bench.write(QStringLiteral("report"), report);
+            directory.write(QStringLiteral("report"), report);
             QCOMPARE(getIp(), address);
         }
     }
@@ -124,8 +125,8 @@ private slots:
     }
     void registry() {
         QFETCH(QByteArray, file);
-        const Workbench bench;
-        bench.write(QStringLiteral("networks.data"), file);
+        const TestDirectory directory;
+        directory.write(QStringLiteral("networks.data"), file);
         Records networks = {new Network("there", "before", "")};
         const Output output = output_of([&networks] { read_hub_networks(&networks); });
 
@@ -142,7 +143,7 @@ private slots:
     }
 
     void registry_that_cannot_be_read() {
-        const Workbench bench;
+        const TestDirectory directory;
         Records networks;
         const Output output = output_of([&networks] { read_hub_networks(&networks); });
         QCOMPARE(output.err, QByteArray("Impossible d'ouvrir le fichier JSON.\n"));
@@ -156,11 +157,11 @@ private slots:
     void recording_data() {
         QTest::addColumn<QByteArray>("before");
         QTest::addColumn<QByteArray>("name");
-        QTest::addColumn<QByteArray>("directory");
+        QTest::addColumn<QByteArray>("project");
         QTest::addColumn<QByteArray>("after");
         const auto row = [](const char* label, const char* before, const char* name,
-                            const char* directory, const char* after) {
-            QTest::newRow(label) << QByteArray(before) << QByteArray(name) << QByteArray(directory)
+                            const char* project, const char* after) {
+            QTest::newRow(label) << QByteArray(before) << QByteArray(name) << QByteArray(project)
                                  << QByteArray(after);
         };
         row("first", "", "A", "/d/a", "A|/d/a|\n");
@@ -174,28 +175,28 @@ private slots:
     void recording() {
         QFETCH(QByteArray, before);
         QFETCH(QByteArray, name);
-        QFETCH(QByteArray, directory);
+        QFETCH(QByteArray, project);
         QFETCH(QByteArray, after);
-        const Workbench bench;
-        bench.write(QStringLiteral("networks.data"), before);
+        const TestDirectory directory;
+        directory.write(QStringLiteral("networks.data"), before);
         int result = -1;
         const Output output = output_of(
-            [&] { result = record_hub_network(name.toStdString(), directory.toStdString()); });
+            [&] { result = record_hub_network(name.toStdString(), project.toStdString()); });
         QCOMPARE(result, after.isNull() ? 1 : 0);
         QCOMPARE(output.err.count('\n'), result);
-        QCOMPARE(bench.read(QStringLiteral("networks.data")), after.isNull() ? before : after);
+        QCOMPARE(directory.read(QStringLiteral("networks.data")), after.isNull() ? before : after);
         QCOMPARE(is_recorded(name.toStdString()), !after.isNull());
     }
 
     void recording_on_a_full_disk() {
-        const Workbench bench;
+        const TestDirectory directory;
         const QByteArray before = QByteArray(2000, 'n') + "|/d|\n";
-        bench.write(QStringLiteral("networks.data"), before);
+        directory.write(QStringLiteral("networks.data"), before);
         std::signal(SIGXFSZ, SIG_IGN);
         int result = -1;
         with_limit(RLIMIT_FSIZE, 2010, [&] { result = record_hub_network("A", "/directory"); });
         QCOMPARE(result, 1);
-        QCOMPARE(bench.read(QStringLiteral("networks.data")), before);
+        QCOMPARE(directory.read(QStringLiteral("networks.data")), before);
         QCOMPARE(QDir().entryList(QDir::Files | QDir::Hidden),
                  QStringList(QStringLiteral("networks.data")));
     }
@@ -207,14 +208,14 @@ private slots:
     }
 
     void discovery() {
-        const Workbench bench;
-        bench.stand_in(QStringLiteral("ifconfig"), "echo '  inet 192.0.2.10  netmask x'\n");
-        bench.stand_in(QStringLiteral("nmap"), R"(echo "nmap $*" >> log
+        const TestDirectory directory;
+        directory.fake_command(QStringLiteral("ifconfig"), "echo '  inet 192.0.2.10  netmask x'\n");
+        directory.fake_command(QStringLiteral("nmap"), R"(echo "nmap $*" >> log
             echo 'Starting Nmap'
             echo 'Nmap scan report for atelier (192.0.2.5)'
             echo 'Nmap scan report for 192.0.2.6'
             echo 'Nmap scan report for forge (192.0.2.9)')");
-        bench.stand_in(QStringLiteral("curl"), R"(echo "curl $*" >> log
+        directory.fake_command(QStringLiteral("curl"), R"(echo "curl $*" >> log
             case "$*" in
                 *http://:8000/) exit 3;;
                 *192.0.2.5*kl/) printf '  Atelier\n  du\tNord\n\n';;
@@ -231,7 +232,7 @@ private slots:
         QCOMPARE(servers, QByteArray("<192.0.2.9:8000>"));
         QCOMPARE(names, QByteArray("<Atelier du Nord><Forg\xe9>"));
         QCOMPARE(output.out, QByteArray("Atelier du NordForg\xe9"));
-        QCOMPARE(bench.read(QStringLiteral("log")),
+        QCOMPARE(directory.read(QStringLiteral("log")),
                  QByteArray("nmap -sn 192.0.2.10/24\n"
                             "curl --silent --head http://192.0.2.5:8000/\n"
                             "curl --silent --head http://:8000/\n"

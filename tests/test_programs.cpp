@@ -4,7 +4,7 @@
 #include <QProcess>
 #include <QtTest>
 
-#include "workbench.h"
+#include "test_directory.h"
 
 namespace {
 
@@ -42,15 +42,15 @@ class TestPrograms : public QObject {
 
 private slots:
     void start_up_order() {
-        const Workbench bench;
-        bench.stand_in(QStringLiteral("xdg-open"),
-                       "echo \"$*\" > $BENCH/t && mv $BENCH/t $BENCH/asked\n");
-        const QString fifo = bench.path(QStringLiteral("networks.data"));
+        const TestDirectory directory;
+        directory.fake_command(QStringLiteral("xdg-open"),
+                               "echo \"$*\" > $WORK/t && mv $WORK/t $WORK/asked\n");
+        const QString fifo = directory.path(QStringLiteral("networks.data"));
         QCOMPARE(mkfifo(fifo.toLocal8Bit().constData(), 0600), 0);
         QProcess process;
         process.start(program("quorvale"), QStringList());
         // The program waits for the registry's first line: no window is there yet.
-        QTRY_COMPARE(bench.read(QStringLiteral("asked")), QByteArray("quorvale.local:8000\n"));
+        QTRY_COMPARE(directory.read(QStringLiteral("asked")), QByteArray("quorvale.local:8000\n"));
         QFile writer(fifo);
         QVERIFY(writer.open(QIODevice::WriteOnly));
         writer.write("A|/d/a|\n");
@@ -72,12 +72,12 @@ private slots:
     }
 
     void new_network() {
-        const Workbench bench;
+        const TestDirectory directory;
         place_template();
         const Run creation = run(program("quorvale-new"), {QStringLiteral("Atelier")});
         QCOMPARE(creation.err, QByteArray());
         QCOMPARE(creation.status, 0);
-        QCOMPARE(bench.read(QStringLiteral("networks.data")),
+        QCOMPARE(directory.read(QStringLiteral("networks.data")),
                  "Atelier|" + QDir::currentPath().toUtf8() + "/Atelier|\n");
         for (const char* part :
              {"manage.py", "db.sqlite3", "Atelier/settings.py", "Atelier/urls.py", "Atelier/hubs",
@@ -116,14 +116,14 @@ private slots:
         QFETCH(QString, name);
         QFETCH(QString, before);
         QFETCH(QByteArray, reason);
-        const Workbench bench;
+        const TestDirectory directory;
         place_template();
         run(QStringLiteral("sh"), {QStringLiteral("-c"), before});
-        const QByteArray registry = bench.read(QStringLiteral("networks.data"));
+        const QByteArray registry = directory.read(QStringLiteral("networks.data"));
         const Run creation = run(program("quorvale-new"), {name});
         QCOMPARE(creation.status, 1);
         QVERIFY2(creation.err.contains(reason), creation.err.constData());
-        QCOMPARE(bench.read(QStringLiteral("networks.data")), registry);
+        QCOMPARE(directory.read(QStringLiteral("networks.data")), registry);
         QVERIFY(!QFile::exists(QStringLiteral("b")));
     }
 };

@@ -4,22 +4,21 @@
 
 #include "djangomanager.h"
 #include "network.h"
-#include "workbench.h"
+#include "test_directory.h"
 
 namespace {
 
 /// A terminal that notes how it was called, one argument a line, all at once.
-const char* const terminal =
-    "printf '%s\\n' \"$0\" \"$@\" > $BENCH/t && mv $BENCH/t $BENCH/called\n";
+const char* const terminal = "printf '%s\\n' \"$0\" \"$@\" > $WORK/t && mv $WORK/t $WORK/called\n";
 
-/// Waits for the terminal stand-in, which runs on its own, and returns its arguments.
-QByteArray terminal_call(const Workbench& bench) {
+/// Waits for the fake terminal, which runs on its own, and returns its arguments.
+QByteArray terminal_call(const TestDirectory& directory) {
     const QString called = QStringLiteral("called");
-    if (!QTest::qWaitFor([&] { return QFile::exists(bench.path(called)); }, 20000)) {
+    if (!QTest::qWaitFor([&] { return QFile::exists(directory.path(called)); }, 20000)) {
         return "never called";
     }
-    QByteArray call = bench.read(called);
-    return call.replace(QFile::encodeName(bench.path(QStringLiteral("bin/"))), "");
+    QByteArray call = directory.read(called);
+    return call.replace(QFile::encodeName(directory.path(QStringLiteral("bin/"))), "");
 }
 
 }  // namespace
@@ -34,15 +33,16 @@ private slots:
         const QByteArray without = "cd /srv/a b && python3 manage.py runserver :8000 ; exec bash";
         for (const auto& [report, command] :
              {std::make_pair("  inet 10.0.0.7  x", with_address), std::make_pair("", without)}) {
-            const Workbench bench;
-            bench.stand_in(QStringLiteral("ifconfig"), "echo '" + QByteArray(report) + "'\n");
-            bench.stand_in(QStringLiteral("gnome-terminal"), terminal);
+            const TestDirectory directory;
+            directory.fake_command(QStringLiteral("ifconfig"),
+                                   "echo '" + QByteArray(report) + "'\n");
+            directory.fake_command(QStringLiteral("gnome-terminal"), terminal);
             int result = -1;
             const Output output =
                 output_of([&result] { result = Network("A", "/srv/a b", "").launch(); });
             QCOMPARE(result, 0);
             QCOMPARE(output.out + output.err, QByteArray());
-            QCOMPARE(terminal_call(bench), "gnome-terminal\n--\nbash\n-c\n" + command + "\n");
+            QCOMPARE(terminal_call(directory), "gnome-terminal\n--\nbash\n-c\n" + command + "\n");
         }
     }
 
@@ -62,12 +62,12 @@ private slots:
     void running_check() {
         QFETCH(QByteArray, processes);
         QFETCH(QByteArray, found);
-        const Workbench bench;
-        bench.write(QStringLiteral("processes"), processes);
-        bench.write(QStringLiteral("net_hub_tmp.lo"), "an earlier check's\n");
-        bench.stand_in(QStringLiteral("ps"), "[ \"$*\" = aux ] && cat processes\n");
+        const TestDirectory directory;
+        directory.write(QStringLiteral("processes"), processes);
+        directory.write(QStringLiteral("net_hub_tmp.lo"), "an earlier check's\n");
+        directory.fake_command(QStringLiteral("ps"), "[ \"$*\" = aux ] && cat processes\n");
         QTEST(Network().is_launched(), "expected");
-        QCOMPARE(bench.read(QStringLiteral("net_hub_tmp.lo")), found);
+        QCOMPARE(directory.read(QStringLiteral("net_hub_tmp.lo")), found);
 
         // The answer stays the same where the file cannot be written.
         QFile::remove(QStringLiteral("net_hub_tmp.lo"));
@@ -76,18 +76,19 @@ private slots:
     }
 
     void launcher_with_a_terminal() {
-        const Workbench bench;
-        bench.stand_in(QStringLiteral("gnome-terminal"), terminal + QByteArray("echo $$ > pid\n"));
+        const TestDirectory directory;
+        directory.fake_command(QStringLiteral("gnome-terminal"),
+                               terminal + QByteArray("echo $$ > pid\n"));
         int result = -1;
         const Output output = output_of([&result] { result = DjangoManager().launch("/a b"); });
         QCOMPARE(result, 0);
         QCOMPARE(output.err, QByteArray());
-        QCOMPARE(terminal_call(bench),
+        QCOMPARE(terminal_call(directory),
                  QByteArray("gnome-terminal\n--\nbash\n-c\n"
                             "cd /a b && python3 manage.py runserver; exec bash\n"));
-        QTRY_VERIFY(bench.read(QStringLiteral("pid")).endsWith('\n'));
+        QTRY_VERIFY(directory.read(QStringLiteral("pid")).endsWith('\n'));
         QCOMPARE(output.out, "Le serveur Django a été lancé dans un nouveau terminal (PID " +
-                                 bench.read(QStringLiteral("pid")).trimmed() + ").\n");
+                                 directory.read(QStringLiteral("pid")).trimmed() + ").\n");
     }
 
     void launcher_that_fails_data() {
@@ -111,16 +112,16 @@ private slots:
     void launcher_that_fails() {
         QFETCH(QString, command);
         QFETCH(QByteArray, out);
-        const Workbench bench;
+        const TestDirectory directory;
         QProcess process;
-        process.setStandardErrorFile(bench.path(QStringLiteral("err")));
+        process.setStandardErrorFile(directory.path(QStringLiteral("err")));
         process.start(QStringLiteral("sh"), {QStringLiteral("-c"), command,
                                              QStringLiteral(BUILD_DIR "/quorvale-django")});
         QVERIFY(process.waitForFinished());
         QTEST(process.exitCode(), "status");
         QFETCH(QByteArray, err);
         // The child may speak last; and a count of lines that ran has no place to go to.
-        QTRY_COMPARE(bench.read(QStringLiteral("err")).left(err.size()), err);
+        QTRY_COMPARE(directory.read(QStringLiteral("err")).left(err.size()), err);
         const QByteArray said = process.readAllStandardOutput();
         QCOMPARE(said.left(out.size()), out);
         QCOMPARE(said.count('\n'), out.isEmpty() ? 0 : 1);

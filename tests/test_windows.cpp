@@ -13,16 +13,16 @@
 #include "mainwindow.h"
 #include "networkselectionwindow.h"
 #include "setupwindow.h"
-#include "workbench.h"
+#include "test_directory.h"
 
 namespace {
 
 const QString source_dir = QStringLiteral(SOURCE_DIR "/");
 
 /// A working directory with the product's pictures.
-class PictureBench : public Workbench {
+class ProductDirectory : public TestDirectory {
 public:
-    PictureBench() {
+    ProductDirectory() {
         QFile::link(source_dir + QStringLiteral("img"), path(QStringLiteral("img")));
         for (const char* file : {"vestrel.gif", "wifi.gif", "style.qss"}) {
             const QString name = QString::fromLatin1(file);
@@ -51,21 +51,21 @@ public:
 public slots:
     void open(const QUrl& url) {
         asked << url.toString();
-        seen = described(window);
+        seen = snapshot(window);
     }
 
 private:
     const QWidget& window;
 };
 
-QStringList expected_screen(const QString& name) {
-    QFile file(source_dir + QStringLiteral("tests/screens/") + name);
+QStringList expected_snapshot(const QString& name) {
+    QFile file(source_dir + QStringLiteral("tests/snapshots/") + name);
     file.open(QIODevice::ReadOnly);
     return QString::fromUtf8(file.readAll()).split(QLatin1Char('\n'));
 }
 
 QPushButton* button(const QWidget& window, const char* text) {
-    for (auto* const candidate : window.findChildren<QPushButton*>()) {
+    for (auto* candidate : window.findChildren<QPushButton*>()) {
         if (candidate->text() == QString::fromUtf8(text)) {
             return candidate;
         }
@@ -112,32 +112,32 @@ private slots:
     }
     void screens() {
         QFETCH(QString, name);
-        const auto fill = [](const Workbench& bench) {
-            bench.write(QStringLiteral("networks.data"), registry);
-            bench.stand_in(QStringLiteral("nmap"), "true\n");
+        const auto fill = [](const TestDirectory& directory) {
+            directory.write(QStringLiteral("networks.data"), registry);
+            directory.fake_command(QStringLiteral("nmap"), "true\n");
         };
         {
-            const PictureBench bench;
-            fill(bench);
+            const ProductDirectory directory;
+            fill(directory);
             const auto window = screen(name);
-            QCOMPARE(described(*window), expected_screen(name));
+            QCOMPARE(snapshot(*window), expected_snapshot(name));
 
             // The buttons of these screens have no action yet, but for the networks'.
             const Browser browser(*window);
-            for (auto* const candidate : window->findChildren<QPushButton*>()) {
+            for (auto* candidate : window->findChildren<QPushButton*>()) {
                 if (!candidate->property("class").isValid()) {
                     candidate->click();
                 }
             }
-            QCOMPARE(described(*window), expected_screen(name));
-            QCOMPARE(bench.read(QStringLiteral("networks.data")), QByteArray(registry));
+            QCOMPARE(snapshot(*window), expected_snapshot(name));
+            QCOMPARE(directory.read(QStringLiteral("networks.data")), QByteArray(registry));
             QVERIFY(browser.asked.isEmpty());
 
             QPointer<QMovie> movie;
             for (const auto* label : window->findChildren<QLabel*>()) {
                 movie = label->movie() != nullptr ? label->movie() : movie.data();
             }
-            auto* const selection = qobject_cast<NetworkSelectionWindow*>(window.get());
+            auto* selection = qobject_cast<NetworkSelectionWindow*>(window.get());
             if (selection != nullptr) {
                 selection->clean_screen();
                 selection->remove_layouts(nullptr);
@@ -147,12 +147,12 @@ private slots:
             }
         }
         // Without the pictures, all the rest stands.
-        const Workbench bench;
-        fill(bench);
-        QStringList expected = expected_screen(name);
+        const TestDirectory directory;
+        fill(directory);
+        QStringList expected = expected_snapshot(name);
         expected.replaceInStrings(QStringLiteral(" picture"), QStringLiteral(" empty"))
             .replaceInStrings(QStringLiteral(" running"), QStringLiteral(" stopped"));
-        QCOMPARE(described(*screen(name)), expected);
+        QCOMPARE(snapshot(*screen(name)), expected);
     }
 
     void start_sequence_data() {
@@ -172,15 +172,15 @@ private slots:
         QFETCH(QByteArray, address);
         QFETCH(int, processes);
         QFETCH(QString, asked);
-        const PictureBench bench;
-        bench.write(QStringLiteral("networks.data"), registry);
-        bench.stand_in(QStringLiteral("ifconfig"),
-                       "echo ifconfig >> log; echo '  inet " + address + "'\n");
-        bench.stand_in(QStringLiteral("ps"),
-                       "echo ps >> log; yes 'me 4 Tesquin runserver' | head -n " +
-                           QByteArray::number(processes) + "\n");
-        bench.stand_in(QStringLiteral("gnome-terminal"),
-                       "echo \"$4\" > $BENCH/t && mv $BENCH/t $BENCH/command\n");
+        const ProductDirectory directory;
+        directory.write(QStringLiteral("networks.data"), registry);
+        directory.fake_command(QStringLiteral("ifconfig"),
+                               "echo ifconfig >> log; echo '  inet " + address + "'\n");
+        directory.fake_command(QStringLiteral("ps"),
+                               "echo ps >> log; yes 'me 4 Tesquin runserver' | head -n " +
+                                   QByteArray::number(processes) + "\n");
+        directory.fake_command(QStringLiteral("gnome-terminal"),
+                               "echo \"$4\" > $WORK/t && mv $WORK/t $WORK/command\n");
         const auto window = screen(QStringLiteral("home"));
         const Browser browser(*window);
         QElapsedTimer clock;
@@ -189,25 +189,25 @@ private slots:
 
         QCOMPARE(browser.asked.join(QLatin1Char(' ')), asked);
         if (asked.isEmpty()) {
-            QCOMPARE(described(*window), expected_screen(QStringLiteral("loading")));
+            QCOMPARE(snapshot(*window), expected_snapshot(QStringLiteral("loading")));
         } else {
             const QStringList cleared = {
                 QStringLiteral("[Accueil Quorvale] NetworkSelectionWindow 800x400 "
                                "{ background: #fff;}"),
                 QString()};
             QCOMPARE(browser.seen, cleared);
-            QCOMPARE(described(*window), expected_screen(QStringLiteral("ready")));
+            QCOMPARE(snapshot(*window), expected_snapshot(QStringLiteral("ready")));
             QVERIFY(clock.elapsed() >= 2000);
         }
-        QTEST(bench.read(QStringLiteral("log")), "commands");
-        QTRY_COMPARE(bench.read(QStringLiteral("command")),
+        QTEST(directory.read(QStringLiteral("log")), "commands");
+        QTRY_COMPARE(directory.read(QStringLiteral("command")),
                      "cd /srv/b && python3 manage.py runserver " + address + ":8000 ; exec bash\n");
     }
 
     void style_sheet_and_background() {
-        const PictureBench bench;
-        bench.write(QStringLiteral("networks.data"), registry);
-        qApp->setStyleSheet(QString::fromLatin1(bench.read(QStringLiteral("style.qss"))));
+        const ProductDirectory directory;
+        directory.write(QStringLiteral("networks.data"), registry);
+        qApp->setStyleSheet(QString::fromLatin1(directory.read(QStringLiteral("style.qss"))));
         const QImage ready = screen(QStringLiteral("ready"))->grab().toImage();
         for (const QPoint& corner :
              {QPoint(0, 0), QPoint(799, 0), QPoint(0, 399), QPoint(799, 399)}) {
@@ -220,7 +220,7 @@ private slots:
             window->show();
             window->activateWindow();
             QVERIFY(QTest::qWaitForWindowActive(window.get()));
-            QPushButton* const atelier = button(*window, "Atelier");
+            QPushButton* atelier = button(*window, "Atelier");
             QList<QImage> states;
             const auto add_state = [&states, atelier] { states << atelier->grab().toImage(); };
             button(*window, "")->setFocus();
@@ -243,26 +243,26 @@ private slots:
     }
 
     void client_finds_and_opens() {
-        const PictureBench bench;
-        bench.stand_in(QStringLiteral("ifconfig"), "echo '  inet 192.0.2.10'\n");
-        bench.stand_in(QStringLiteral("nmap"),
-                       "printf 'Nmap scan report for %s (192.0.2.%s)\\n' a 5 b 7 c 9\n");
-        bench.stand_in(QStringLiteral("curl"), R"sh(case "$*" in
+        const ProductDirectory directory;
+        directory.fake_command(QStringLiteral("ifconfig"), "echo '  inet 192.0.2.10'\n");
+        directory.fake_command(QStringLiteral("nmap"),
+                               "printf 'Nmap scan report for %s (192.0.2.%s)\\n' a 5 b 7 c 9\n");
+        directory.fake_command(QStringLiteral("curl"), R"sh(case "$*" in
             *.5:8000/_infos/kl/) printf 'Atelier Nord';;
             *.7:8000/_infos/kl/) printf '\311cole';;
             *.9:8000/_infos/kl/) ;;
             *) echo 'HTTP/1.1 200 OK';;
             esac)sh");
         const auto window = screen(QStringLiteral("search"));
-        QCOMPARE(described(*window), expected_screen(QStringLiteral("list")));
+        QCOMPARE(snapshot(*window), expected_snapshot(QStringLiteral("list")));
 
         const Browser browser(*window);
         QTest::mouseClick(button(*window, "École"), Qt::LeftButton);
         QCOMPARE(browser.asked, QStringList(QStringLiteral("http://192.0.2.7:8000")));
-        QCOMPARE(browser.seen, expected_screen(QStringLiteral("list")));
-        QStringList connected = expected_screen(QStringLiteral("connected"));
+        QCOMPARE(browser.seen, expected_snapshot(QStringLiteral("list")));
+        QStringList connected = expected_snapshot(QStringLiteral("connected"));
         connected.replaceInStrings(QStringLiteral(" { background: #fff;}"), QString());
-        QCOMPARE(described(*window), connected);
+        QCOMPARE(snapshot(*window), connected);
     }
 
     void designer_window() {

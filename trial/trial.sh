@@ -1,8 +1,13 @@
 #!/bin/bash
 # What the trials of the real programs share: functions that wait, look and click as an operator
-# does. To be sourced by bash, on a desktop of scripts/private_desktop.
+# does. To be sourced by bash, on a desktop of private_desktop.
 
 here=$(realpath "$(dirname "${BASH_SOURCE[0]}")")
+
+# The machine's address as the programs find it.
+own_address() {
+    ifconfig | grep 'inet ' | grep -v '127.0.0.1' | awk '{print $2}' | tail -n 1
+}
 
 fail() {
     echo "FAILED: $*" >&2

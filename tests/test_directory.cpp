@@ -1,4 +1,4 @@
-#include "workbench.h"
+#include "test_directory.h"
 
 #include <unistd.h>
 
@@ -17,37 +17,37 @@
 #include <QVariant>
 #include <iostream>
 
-Workbench::Workbench() : old_directory(QDir::currentPath()), old_path(qgetenv("PATH")) {
+TestDirectory::TestDirectory() : old_directory(QDir::currentPath()), old_path(qgetenv("PATH")) {
     QDir::setCurrent(directory.path());
     QDir().mkdir(QStringLiteral("bin"));
     qputenv("PATH", QFile::encodeName(path(QStringLiteral("bin"))) + ":/usr/bin:/bin:" + old_path);
-    qputenv("BENCH", QFile::encodeName(directory.path()));
+    qputenv("WORK", QFile::encodeName(directory.path()));
 }
 
-Workbench::~Workbench() {
+TestDirectory::~TestDirectory() {
     QDir::setCurrent(old_directory);
     qputenv("PATH", old_path);
 }
 
-void Workbench::write(const QString& file, const QByteArray& contents) const {
+void TestDirectory::write(const QString& file, const QByteArray& contents) const {
     QFile target(path(file));
     if (!target.open(QIODevice::WriteOnly) || target.write(contents) != contents.size()) {
         qFatal("%s", qPrintable(target.errorString()));
     }
 }
 
-QByteArray Workbench::read(const QString& file) const {
+QByteArray TestDirectory::read(const QString& file) const {
     QFile source(path(file));
     return source.open(QIODevice::ReadOnly) ? source.readAll() : QByteArray();
 }
 
-void Workbench::stand_in(const QString& command, const QByteArray& script) const {
+void TestDirectory::fake_command(const QString& command, const QByteArray& script) const {
     const QString file = QStringLiteral("bin/") + command;
     write(file, "#!/bin/sh\n" + script);
     QFile::setPermissions(path(file), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
 }
 
-QString Workbench::path(const QString& file) const {
+QString TestDirectory::path(const QString& file) const {
     return directory.filePath(file);
 }
 
@@ -80,7 +80,7 @@ QString size_text(const QSize& size) {
 
 QString traits(const QLabel& label) {
     QString text;
-    if (QMovie* const movie = label.movie()) {
+    if (QMovie* movie = label.movie()) {
         text += QStringLiteral(" movie %1 %2 %3")
                     .arg(movie->fileName(), size_text(movie->scaledSize()),
                          movie->state() == QMovie::Running ? QStringLiteral("running")
@@ -135,15 +135,15 @@ QString traits(QLayout& layout, const QWidget& widget) {
     return text + (layout.contentsMargins().isNull() ? QStringLiteral(" no margins") : QString());
 }
 
-QString described_tree(const QWidget& widget, const QString& indent) {
+QString snapshot_tree(const QWidget& widget, const QString& indent) {
     QString text = indent + traits(widget);
-    QLayout* const layout = widget.layout();
+    QLayout* layout = widget.layout();
     if (layout == nullptr) {
         return text + QStringLiteral("\n");
     }
     text += traits(*layout, widget) + QStringLiteral("\n");
     for (int i = 0; i < layout->count(); ++i) {
-        QLayoutItem* const item = layout->itemAt(i);
+        QLayoutItem* item = layout->itemAt(i);
         QString cell = indent + QStringLiteral("  ");
         if (const auto* grid = qobject_cast<QGridLayout*>(layout)) {
             int row = 0;
@@ -153,7 +153,7 @@ QString described_tree(const QWidget& widget, const QString& indent) {
             cell += QStringLiteral("(%1,%2) ").arg(row).arg(column);
         }
         text += item->alignment() != 0 ? cell + QStringLiteral("aligned\n") : QString();
-        text += item->widget() != nullptr ? described_tree(*item->widget(), cell)
+        text += item->widget() != nullptr ? snapshot_tree(*item->widget(), cell)
                                           : cell + QStringLiteral("no widget\n");
     }
     return text;
@@ -161,7 +161,7 @@ QString described_tree(const QWidget& widget, const QString& indent) {
 
 }  // namespace
 
-QStringList described(const QWidget& window) {
-    return (QStringLiteral("[%1] ").arg(window.windowTitle()) + described_tree(window, QString()))
+QStringList snapshot(const QWidget& window) {
+    return (QStringLiteral("[%1] ").arg(window.windowTitle()) + snapshot_tree(window, QString()))
         .split(QLatin1Char('\n'));
 }

@@ -6,18 +6,18 @@
 #include <QWidget>
 #include <functional>
 
-/// A working directory of a test's own, made current for its life, with a folder for stand-ins
+/// A working directory of a test's own, made current for its life, with a folder for fake commands
 /// first on PATH.
-class Workbench {
+class TestDirectory {
 public:
-    Workbench();
-    ~Workbench();
+    TestDirectory();
+    ~TestDirectory();
 
     void write(const QString& file, const QByteArray& contents) const;
     /// The file's contents, or nothing when it is not there.
     QByteArray read(const QString& file) const;
-    /// A shell script that stands in for a command. The working directory is $BENCH.
-    void stand_in(const QString& command, const QByteArray& script) const;
+    /// A shell script that is called in a command's place. The working directory is $WORK.
+    void fake_command(const QString& command, const QByteArray& script) const;
     QString path(const QString& file) const;
 
 private:
@@ -36,4 +36,4 @@ Output output_of(const std::function<void()>& action);
 
 /// A window as text, one widget a line: title, size, style sheet, and its widgets in layout order
 /// with all that an operator can tell of them. Values that are Qt's defaults are left out.
-QStringList described(const QWidget& window);
+QStringList snapshot(const QWidget& window);
