@@ -10,10 +10,6 @@ PACKAGE_DIR = Path(__file__).resolve().parent
 PACKAGE = PACKAGE_DIR.name
 BASE_DIR = PACKAGE_DIR.parent
 
-# Nom affiché du réseau : pour en choisir un autre, remplacez PACKAGE par ce nom entre guillemets,
-# par exemple : NETWORK_NAME = "Atelier de l'été"
-NETWORK_NAME = PACKAGE
-
 # The files offered to everybody on the network
 RESOURCES_DIR = PACKAGE_DIR / "ressources"
 
@@ -28,6 +24,17 @@ def secret_key(path):
             key = get_random_secret_key()
             file.write(key)
         return key
+
+
+def for_owner_alone(path):
+    """The path of a file that other users of the machine may not read; made if it is not there."""
+    try:
+        os.close(os.open(path, os.O_RDONLY | os.O_CREAT, 0o600))
+        for file in BASE_DIR.glob(f"{path.name}*"):  # SQLite's journals, too
+            file.chmod(0o600)
+    except OSError:
+        pass  # whoever opens it will say what is wrong
+    return path
 
 
 SECRET_KEY = secret_key(BASE_DIR / "secret_key")
@@ -47,13 +54,13 @@ SESSION_COOKIE_NAME = f"session_{_ascii_name}"
 CSRF_COOKIE_NAME = f"csrf_{_ascii_name}"
 
 INSTALLED_APPS = [
+    f"{PACKAGE}.hubs",  # first, for its runserver
     "django.contrib.admin",
     "django.contrib.auth",
     "django.contrib.contenttypes",
     "django.contrib.sessions",
     "django.contrib.messages",
     "django.contrib.staticfiles",
-    f"{PACKAGE}.hubs",
 ]
 
 MIDDLEWARE = [
@@ -62,11 +69,15 @@ MIDDLEWARE = [
     "django.middleware.security.SecurityMiddleware",
     "django.contrib.sessions.middleware.SessionMiddleware",
     "django.middleware.common.CommonMiddleware",
-    "django.middleware.csrf.CsrfViewMiddleware",
     "django.contrib.auth.middleware.AuthenticationMiddleware",
+    f"{PACKAGE}.hubs.middleware.BodiesBounded",
+    "django.middleware.csrf.CsrfViewMiddleware",
     "django.contrib.messages.middleware.MessageMiddleware",
     "django.middleware.clickjacking.XFrameOptionsMiddleware",
 ]
+
+# What a visitor may send at once, in bytes, unless a page says otherwise: a form
+BODY_LIMIT = 100_000
 
 ROOT_URLCONF = f"{PACKAGE}.urls"
 WSGI_APPLICATION = f"{PACKAGE}.wsgi.application"
@@ -83,7 +94,10 @@ TEMPLATES = [{
 }]
 
 DATABASES = {
-    "default": {"ENGINE": "django.db.backends.sqlite3", "NAME": BASE_DIR / "db.sqlite3"},
+    "default": {
+        "ENGINE": "django.db.backends.sqlite3",
+        "NAME": for_owner_alone(BASE_DIR / "db.sqlite3"),
+    },
 }
 DEFAULT_AUTO_FIELD = "django.db.models.BigAutoField"
 

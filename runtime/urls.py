@@ -1,13 +1,13 @@
 """The addresses of a network's pages."""
 
-from django.conf import settings
 from django.contrib import admin
 from django.contrib.staticfiles.views import serve
 from django.urls import path
+from django.utils.functional import lazy
 
 from .hubs import views
 
-admin.site.site_header = admin.site.site_title = settings.NETWORK_NAME
+admin.site.site_header = admin.site.site_title = lazy(views.network_name, str)()
 
 urlpatterns = [
     path("", views.index, name="index"),

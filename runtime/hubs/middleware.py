@@ -1,4 +1,9 @@
-"""What every answer of a network has in common."""
+"""What every request and answer of a network has in common."""
+
+import math
+
+from django.conf import settings
+from django.http import HttpResponse
 
 
 def own_content_only(get_response):
@@ -22,3 +27,35 @@ def headers_alone(get_response):
                 response.content = b""
         return response
     return middleware
+
+
+def _announced_size(request):
+    """The size of the body in bytes; infinite if what the request says is no size."""
+    size = request.META.get("CONTENT_LENGTH") or "0"
+    return int(size) if size.isdecimal() and len(size) < 20 else math.inf
+
+
+class BodiesBounded:
+    """Refuse what visitors send, by its announced size, before a byte of it is read or written.
+
+    Staff may send files of any size. Everybody else may send settings.BODY_LIMIT bytes, or what the
+    page itself says: the attribute body_limit of its view, a function of the request.
+
+    Stands after the authentication and before whatever reads forms (the CSRF check does).
+    """
+
+    def __init__(self, get_response):
+        self.get_response = get_response
+
+    def __call__(self, request):
+        return self.get_response(request)
+
+    def process_view(self, request, view, _arguments, _keywords):
+        size = _announced_size(request)
+        if size <= settings.BODY_LIMIT or (hasattr(view, "body_limit")
+                                           and size <= view.body_limit(request)):
+            return None
+        if request.user.is_staff:
+            return None
+        return HttpResponse("L'envoi est trop volumineux.", status=413,
+                            content_type="text/plain; charset=UTF-8")

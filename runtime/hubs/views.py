@@ -1,7 +1,5 @@
 """The pages of a network."""
 
-import unicodedata
-
 from django.conf import settings
 from django.contrib import messages
 from django.contrib.admin.views.decorators import staff_member_required
@@ -10,36 +8,35 @@ from django.http import FileResponse, Http404, HttpResponse
 from django.shortcuts import redirect, render
 from django.views.decorators.http import require_POST, require_safe
 
-from . import resources
+from . import names, resources
+from .kept_pages import same_for_visitors
 
 FILES_PER_PAGE = 50
 
-_LOOKALIKES = str.maketrans(
-    {"œ": "oe", "Œ": "OE", "’": "'", "‘": "'", "“": '"', "”": '"', "–": "-", "—": "-", "€": "EUR"})
+# Settings of older networks hold their name.
+_OLD_NAME = getattr(settings, "NETWORK_NAME", None)
 
 
-def latin_1(text):
-    """The text in ISO-8859-1; what that lacks becomes its nearest letters, or a question mark."""
-    text = unicodedata.normalize("NFC", text).translate(_LOOKALIKES)
-    return b"".join(char.encode("latin-1", "ignore")
-                    or unicodedata.normalize("NFKD", char).encode("latin-1", "ignore")
-                    or b"?" for char in text)
+def network_name():
+    """The network's name, as pages show it."""
+    return names.display_name(otherwise=_OLD_NAME)
 
 
 @require_safe
+@same_for_visitors
 def index(request):
     """The landing page. A visitor without a session needs no database for it."""
     page = Paginator(resources.names(), FILES_PER_PAGE).get_page(request.GET.get("page"))
     files = [(name, resources.size(name)) for name in page]
     return render(request, "index.html", {
-        "network_name": settings.NETWORK_NAME, "page": page, "files": files,
+        "network_name": network_name(), "page": page, "files": files,
     })
 
 
 @require_safe
 def display_name(_request):
     """The display name for the clients, which read it byte by byte as ISO-8859-1."""
-    return HttpResponse(latin_1(settings.NETWORK_NAME),
+    return HttpResponse(names.latin_1_name(otherwise=_OLD_NAME),
                         content_type="text/plain; charset=ISO-8859-1")
 
 

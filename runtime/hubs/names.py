@@ -1,0 +1,86 @@
+#!/usr/bin/python3
+"""The name that visitors see of a network: the line in nom.txt beside manage.py.
+
+The file is UTF-8, as an editor leaves it (with a BOM or without). Where it is missing or holds
+nothing, the name is that of the network's directory. It is read each time, so that a change shows
+without a restart.
+
+As a program, without Django: "names.py" prints the name of the network that it is part of, and
+"names.py TEXT" the text, in the ISO-8859-1 bytes that clients are given, without a line end.
+"""
+
+import os
+import re
+import sys
+import unicodedata
+from pathlib import Path
+
+try:
+    from unidecode import unidecode
+except ImportError:  # then letters that have no plain form are left out
+    def unidecode(_text):
+        return ""
+
+PROJECT = Path(__file__).resolve().parent.parent.parent
+LONGEST = 100
+
+# Characters that are no text: controls, and bytes of file names that are no UTF-8.
+_UNFIT = re.compile(r"[\x00-\x1f\x7f-\x9f\ud800-\udfff]+")
+
+# The client's shell would take these for a pattern or a command of its echo.
+_SHELL_CHARACTERS = str.maketrans("", "", "*?[]\\")
+
+_LOOKALIKES = str.maketrans(
+    {"œ": "oe", "Œ": "OE", "’": "'", "‘": "'", "“": '"', "”": '"', "–": "-", "—": "-", "€": "EUR"})
+
+
+def clean(text):
+    """The text on one line, without control characters, no longer than a name may be."""
+    return " ".join(_UNFIT.sub(" ", text).split())[:LONGEST].rstrip()
+
+
+def _open_without_waiting(path, flags):
+    return os.open(path, flags | os.O_NONBLOCK)  # it could be a FIFO
+
+
+def _from_file(path):
+    try:
+        with open(path, "rb", opener=_open_without_waiting) as file:
+            content = file.read(10 * LONGEST) or b""
+    except OSError:
+        return ""
+    try:
+        text = content.decode("utf-8-sig")
+    except UnicodeDecodeError:
+        text = content.decode("cp1252", "replace")
+    lines = text.strip().splitlines()
+    return clean(lines[0]) if lines else ""
+
+
+def display_name(project=PROJECT, otherwise=None):
+    """The network's name, never empty. OTHERWISE comes before the directory's name."""
+    return (_from_file(project / "nom.txt") or clean(otherwise or "")
+            or clean(project.name) or "Quorvale")
+
+
+def _nearest(char):
+    plain = unicodedata.normalize("NFKD", char).encode("latin-1", "ignore").decode("latin-1")
+    return (plain or unidecode(char)).translate(_SHELL_CHARACTERS)
+
+
+def latin_1(text):
+    """The text in ISO-8859-1, each letter that it lacks as the nearest ones or, without such, left
+    out. No character that means something to a shell's pattern comes in that way."""
+    fit = _UNFIT.sub(" ", unicodedata.normalize("NFC", text)).translate(_LOOKALIKES)
+    letters = (char if ord(char) < 256 else _nearest(char) for char in fit)
+    return " ".join("".join(letters).split()).encode("latin-1", "ignore")
+
+
+def latin_1_name(project=PROJECT, otherwise=None):
+    """The network's name in ISO-8859-1. If nothing of it is left, the directory's."""
+    return (latin_1(display_name(project, otherwise)) or latin_1(clean(project.name))
+            or b"Quorvale")
+
+
+if __name__ == "__main__":
+    sys.stdout.buffer.write(latin_1(sys.argv[1]) if len(sys.argv) > 1 else latin_1_name())
