@@ -1,9 +1,12 @@
+#include <signal.h>
+
 #include <QDir>
 #include <QProcess>
 #include <QtTest>
 
 #include "djangomanager.h"
 #include "network.h"
+#include "server_processes.h"
 #include "test_directory.h"
 
 namespace {
@@ -73,6 +76,51 @@ private slots:
         QFile::remove(QStringLiteral("net_hub_tmp.lo"));
         QDir().mkdir(QStringLiteral("net_hub_tmp.lo"));
         QTEST(Network().is_launched(), "expected");
+    }
+
+    void server_that_is_stopped_data() {
+        QTest::addColumn<QByteArray>("server");
+        QTest::addColumn<bool>("terminal_ends");
+        QTest::addColumn<QByteArray>("command");
+        const QByteArray launch = "cd $0 && python3 manage.py runserver 10.0.0.7:8000 ; exec bash";
+        QTest::newRow("ends at once") << QByteArray() << true << launch;
+        QTest::newRow("deaf") << QByteArray("for s in 2, 15: signal.signal(s, signal.SIG_IGN)\n")
+                              << true << launch;
+        QTest::newRow("in the operator's shell")
+            << QByteArray() << false << QByteArray("cd $0; python3 manage.py runserver; exec cat");
+    }
+    void server_that_is_stopped() {
+        QFETCH(QByteArray, server);
+        QFETCH(QByteArray, command);
+        const TestDirectory directory;
+        for (const QString& name : {QStringLiteral("a"), QStringLiteral("b")}) {
+            QDir().mkdir(name);
+            // Django's server is two processes.
+            directory.write(name + QStringLiteral("/manage.py"),
+                            "import os, signal, time\n" + server +
+                                "os.fork()\nopen(str(os.getpid()), 'w')\ntime.sleep(60)\n");
+        }
+        QFile::link(QStringLiteral("a"), QStringLiteral("link"));
+        QProcess terminal;
+        QProcess other;
+        for (const auto& [process, name] : {std::make_pair(&terminal, QStringLiteral("a")),
+                                            std::make_pair(&other, QStringLiteral("b"))}) {
+            process->start(QStringLiteral("bash"),
+                           {QStringLiteral("-c"), QString::fromLatin1(command).replace(
+                                                      QStringLiteral("$0"), directory.path(name))});
+            QTRY_COMPARE(QDir(name).entryList(QDir::Files).size(), 3);
+        }
+        QVERIFY(find_server_processes(directory.path({}).toStdString()).empty());
+        QCOMPARE(find_server_processes("link").size(), std::size_t(2));
+        QVERIFY(stop_server("link"));
+        QVERIFY(find_server_processes("a").empty());
+        QTEST(terminal.waitForFinished(500), "terminal_ends");
+        QCOMPARE(find_server_processes("b").size(), std::size_t(2));
+        QVERIFY(stop_server("b"));
+        other.kill();
+        terminal.kill();
+        QVERIFY(other.waitForFinished() &&
+                (terminal.state() == QProcess::NotRunning || terminal.waitForFinished()));
     }
 
     void launcher_with_a_terminal() {

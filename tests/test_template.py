@@ -1,6 +1,7 @@
 #!/usr/bin/python3
 """Makes a project from the network template, runs its real server and asks it for everything."""
 
+import ast
 import http.client
 import os
 import re
@@ -14,8 +15,7 @@ from pathlib import Path
 from urllib.parse import quote, urlencode
 
 TEMPLATE = Path(__file__).resolve().parent.parent / "runtime"
-ENVIRONMENT = {**os.environ, "PATH": "/usr/bin:/bin", "PYTHONDONTWRITEBYTECODE": "1",
-               "DJANGO_SUPERUSER_PASSWORD": "un mot de passe"}
+ENVIRONMENT = {**os.environ, "PATH": "/usr/bin:/bin", "PYTHONDONTWRITEBYTECODE": "1"}
 
 
 class TemplateTest(unittest.TestCase):
@@ -112,8 +112,25 @@ class TemplateTest(unittest.TestCase):
         manage = ("python3", "manage.py")
         self.run_in(self.project, *manage, "check", "--deploy", "--fail-level", "WARNING")
         self.run_in(self.project, *manage, "migrate", "--verbosity", "0")
-        self.run_in(self.project, *manage, "createsuperuser", "--no-input", "--username", "zoé",
-                    "--email", "zoe@example.com")
+        for status, words, password in [
+                (0, ("standard", "--", "zoé", "Zoé de Łódź"), "un mot de passe"),
+                (0, ("super", "x"), "un mot de passe"), (0, ("invite", "hôte"), "un autre mot"),
+                (4, ("super", "zoé"), "un mot de passe"), (4, ("super", "a b"), "un mot de passe"),
+                (4, ("super", "a" * 151), "un mot de passe"), (4, ("super", ""), "un mot de passe"),
+                (3, ("super", "ab"), ""), (3, ("super", "marguerite"), "marguerite1"),
+                (3, ("super", "ab", "Marguerite Aubépine"), "aubépine1")]:
+            refused = subprocess.run((*manage, "compte", *words), cwd=self.project, text=True,
+                                     env=ENVIRONMENT, input=f"{password}\n", capture_output=True)
+            self.assertEqual(refused.returncode, status, refused.stderr)
+            self.assertRegex(refused.stderr, r"\A(([A-Z«][^\n]*\.\n)+)?\Z")
+            self.assertEqual(bool(refused.stderr), status != 0)
+        accounts = subprocess.run(
+            (*manage, "shell", "-c", "from django.contrib.auth.models import User; print(list("
+             "User.objects.values_list('username', 'first_name', 'last_name', 'is_staff',"
+             " 'is_superuser')))"), cwd=self.project, env=ENVIRONMENT, capture_output=True).stdout
+        self.assertEqual(ast.literal_eval(accounts.decode().splitlines()[-1]), [
+            ("zoé", "Zoé de", "Łódź", True, False), ("x", "", "", True, True),
+            ("hôte", "", "", False, False)])
         self.start_server()
         self.assertEqual(self.send("a.txt", "a")[0], 403)
         page = self.ask("/admin/login/")[2].decode()

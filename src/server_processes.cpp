@@ -1,0 +1,166 @@
+#include "server_processes.h"
+
+#include <poll.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <chrono>
+#include <csignal>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <utility>
+
+namespace {
+
+namespace fs = std::filesystem;
+using Clock = std::chrono::steady_clock;
+
+/// Holds on to one process: another one that gets its number later is not reached through it.
+class Process {
+public:
+    explicit Process(pid_t pid) : descriptor(static_cast<int>(syscall(SYS_pidfd_open, pid, 0))) {}
+    Process(Process&& other) noexcept : descriptor(std::exchange(other.descriptor, -1)) {}
+    Process(const Process&) = delete;
+    Process& operator=(const Process&) = delete;
+    Process& operator=(Process&&) = delete;
+    ~Process() {
+        if (descriptor >= 0) {
+            close(descriptor);
+        }
+    }
+
+    void send(int signal) const {
+        syscall(SYS_pidfd_send_signal, descriptor, signal, nullptr, 0);
+    }
+
+    void wait_until(Clock::time_point deadline) const {
+        pollfd end{descriptor, POLLIN, 0};
+        const auto left =
+            std::chrono::duration_cast<std::chrono::milliseconds>(deadline - Clock::now());
+        if (descriptor >= 0 && left.count() > 0) {
+            poll(&end, 1, static_cast<int>(left.count()));
+        }
+    }
+
+private:
+    int descriptor;
+};
+
+fs::path entry_of(pid_t pid, const char* file) {
+    return fs::path("/proc") / std::to_string(pid) / file;
+}
+
+/// The command line's words; none of a process that has ended.
+std::vector<std::string> words_of(pid_t pid) {
+    std::ifstream file(entry_of(pid, "cmdline"));
+    std::vector<std::string> words;
+    for (std::string word; std::getline(file, word, '\0');) {
+        words.push_back(word);
+    }
+    return words;
+}
+
+bool is_own(pid_t pid) {
+    struct stat entry {};
+    return stat(entry_of(pid, "").c_str(), &entry) == 0 && entry.st_uid == geteuid();
+}
+
+bool serves(pid_t pid, const std::string& directory) {
+    if (!is_own(pid)) {
+        return false;
+    }
+    const std::vector<std::string> words = words_of(pid);
+    const auto script = std::find_if(words.begin(), words.end(), [](const std::string& word) {
+        return fs::path(word).filename() == "manage.py";
+    });
+    if (script == words.end() || script == words.begin() || script + 1 == words.end() ||
+        *(script + 1) != "runserver" ||
+        fs::path(words[0]).filename().string().rfind("python", 0) != 0) {
+        return false;
+    }
+    std::error_code error;
+    return fs::equivalent(entry_of(pid, "cwd"), directory, error);
+}
+
+pid_t parent_of(pid_t pid) {
+    std::ifstream file(entry_of(pid, "status"));
+    const std::string key = "PPid:";
+    for (std::string line; std::getline(file, line);) {
+        if (line.rfind(key, 0) == 0) {
+            return std::atoi(line.c_str() + key.size());
+        }
+    }
+    return 0;
+}
+
+/// Whether the process is the shell of a terminal that was opened for a server.
+bool is_terminal_shell(pid_t pid) {
+    const std::vector<std::string> words = words_of(pid);
+    const std::string end = "exec bash";
+    return is_own(pid) && words.size() == 3 && words[1] == "-c" && words[2].rfind("cd ", 0) == 0 &&
+           words[2].find(" && python3 manage.py runserver") != std::string::npos &&
+           words[2].size() > end.size() &&
+           words[2].compare(words[2].size() - end.size(), end.size(), end) == 0;
+}
+
+/// The processes for which the check holds, looked at once they are held.
+template <typename Check>
+std::vector<Process> hold(const std::vector<pid_t>& pids, Check check) {
+    std::vector<Process> held;
+    for (const pid_t pid : pids) {
+        Process process(pid);
+        if (check(pid)) {
+            held.push_back(std::move(process));
+        }
+    }
+    return held;
+}
+
+std::vector<Process> terminal_shells(const std::string& directory) {
+    std::vector<pid_t> parents;
+    for (const pid_t pid : find_server_processes(directory)) {
+        parents.push_back(parent_of(pid));
+    }
+    return hold(parents, is_terminal_shell);
+}
+
+}  // namespace
+
+std::vector<pid_t> find_server_processes(const std::string& directory) {
+    std::vector<pid_t> found;
+    std::error_code error;
+    for (const fs::directory_entry& entry : fs::directory_iterator("/proc", error)) {
+        const pid_t pid = std::atoi(entry.path().filename().c_str());
+        if (pid > 0 && serves(pid, directory)) {
+            found.push_back(pid);
+        }
+    }
+    return found;
+}
+
+bool stop_server(const std::string& directory) {
+    // The shell has another command line when the server has ended.
+    const std::vector<Process> shells = terminal_shells(directory);
+    for (const int signal : {SIGINT, SIGTERM, SIGKILL}) {
+        const std::vector<Process> servers =
+            hold(find_server_processes(directory),
+                 [&directory](pid_t pid) { return serves(pid, directory); });
+        if (servers.empty()) {
+            break;
+        }
+        for (const Process& server : servers) {
+            server.send(signal);
+        }
+        const Clock::time_point deadline = Clock::now() + std::chrono::seconds(2);
+        for (const Process& server : servers) {
+            server.wait_until(deadline);
+        }
+    }
+    for (const Process& shell : shells) {
+        shell.send(SIGHUP);
+    }
+    return find_server_processes(directory).empty();
+}
