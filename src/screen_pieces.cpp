@@ -74,7 +74,9 @@ QWidget* form_panel(const std::vector<std::pair<QString, QWidget*>>& rows,
     auto* grid = new QGridLayout(panel);
     int row = 1;
     for (const auto& [label, field] : rows) {
-        grid->addWidget(new QLabel(label), row, 1);
+        auto* caption = new QLabel(label);
+        caption->setBuddy(field);  // names the field to a screen reader
+        grid->addWidget(caption, row, 1);
         grid->addWidget(field, row, 2);
         ++row;
     }
