@@ -4,8 +4,10 @@
 #include <QPixmap>
 #include <QSplashScreen>
 #include <QWindow>
+#include <memory>
 
 #include "applicationsetup.h"
+#include "client/client_controls.h"
 #include "clientwindow.h"
 #include "usage.h"
 
@@ -39,6 +41,24 @@ void show_at_once(QSplashScreen& splash) {
     QApplication::processEvents();
 }
 
+/// Searches until a window shows servers; null when the operator gives up.
+std::unique_ptr<ClientWindow> search() {
+    for (;;) {
+        QSplashScreen splash(search_picture());
+        show_at_once(splash);
+        auto window = std::make_unique<ClientWindow>(nullptr);
+        ApplicationSetup::dress_window(*window);
+        window->show();
+        splash.finish(window.get());
+        if (has_servers(*window)) {
+            return window;
+        }
+        if (!wants_another_search(*window)) {
+            return nullptr;
+        }
+    }
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -53,12 +73,10 @@ int main(int argc, char** argv) {
     }
     const QApplication application(argc, argv);
     const ApplicationSetup setup;
-    QSplashScreen splash(search_picture());
-    show_at_once(splash);
-
-    ClientWindow window(nullptr);
-    ApplicationSetup::dress_window(window);
-    window.show();
-    splash.finish(&window);
+    const std::unique_ptr<ClientWindow> window = search();
+    if (!window) {
+        return 0;
+    }
+    new ClientControls(*window);
     return QApplication::exec();
 }

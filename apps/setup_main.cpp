@@ -1,21 +1,25 @@
 #include <QApplication>
 
 #include "applicationsetup.h"
+#include "setup/account_form.h"
 #include "setupwindow.h"
 #include "usage.h"
 
 int main(int argc, char** argv) {
-    if (asked_for_help(argc, argv,
-                       "Usage : quorvale-setup\n"
-                       "\n"
-                       "Affiche la fenêtre de configuration de Quorvale.\n"
-                       "\n"
-                       "  --help    affiche cette aide\n")) {
+    if (asked_for_help(
+            argc, argv,
+            "Usage : quorvale-setup\n"
+            "\n"
+            "Affiche la fenêtre de configuration de Quorvale, qui ajoute des comptes à un "
+            "réseau.\n"
+            "\n"
+            "  --help    affiche cette aide\n")) {
         return 0;
     }
     const QApplication application(argc, argv);
     const ApplicationSetup setup;
     SetupWindow window(nullptr);
+    new AccountForm(window);
     ApplicationSetup::dress_window(window);
     window.show();
     return QApplication::exec();

@@ -63,12 +63,57 @@ private slots:
     }
 
     void help() {
-        for (const char* name :
-             {"quorvale-client", "quorvale-setup", "quorvale-django", "quorvale-new"}) {
+        for (const char* name : {"quorvale-client", "quorvale-setup", "quorvale-django",
+                                 "quorvale-new", "quorvale-stop"}) {
             const Run help = run(program(name), {QStringLiteral("--help")});
             QVERIFY2(help.status == 0 && help.err.isEmpty(), name);
             QVERIFY2(help.out.startsWith(QByteArray("Usage : ") + name), name);
         }
+    }
+
+    void stop() {
+        const TestDirectory directory;
+        directory.write(QStringLiteral("networks.data"),
+                        "A|" + directory.path(QStringLiteral("a")).toUtf8() + "|\nB|" +
+                            directory.path(QStringLiteral("b")).toUtf8() + "|\nB2|/none|\n");
+        for (const QString& name : {QStringLiteral("a"), QStringLiteral("b")}) {
+            QDir().mkdir(name);
+            directory.write(name + QStringLiteral("/nom.txt"), "Réseau " + name.toUtf8() + "\n");
+            directory.write(name + QStringLiteral("/manage.py"),
+                            "import time\nopen('on', 'w')\ntime.sleep(60)\n");
+        }
+        QProcess servers;
+        const auto start = [&] {
+            servers.start(
+                QStringLiteral("bash"),
+                {QStringLiteral("-c"),
+                 QStringLiteral(
+                     "rm -f ?/on; for d in a b; do (cd $d; exec python3 manage.py runserver) & done; wait")});
+            return QTest::qWaitFor(
+                [] {
+                    return QFile::exists(QStringLiteral("a/on")) &&
+                           QFile::exists(QStringLiteral("b/on"));
+                },
+                20000);
+        };
+        const auto stopped = [&](const QStringList& names, int status, const QByteArray& out,
+                                 const QByteArray& err) {
+            const Run result = run(program("quorvale-stop"), names);
+            return result.status == status && result.out == out && result.err == err;
+        };
+        const QByteArray a = "Le réseau «\u00a0Réseau a\u00a0» est arrêté.\n";
+        const QByteArray b = "Le réseau «\u00a0Réseau b\u00a0» est arrêté.\n";
+        QVERIFY(start());
+        QVERIFY(stopped({QStringLiteral("c")}, 1, "",
+                        "Aucun réseau ne s'appelle «\u00a0c\u00a0» ici.\n"));
+        QVERIFY(stopped({QStringLiteral("Réseau b")}, 0, b, ""));
+        QVERIFY(stopped({QStringLiteral("b")}, 1, "", "Rien n'a été arrêté.\n"));
+        QVERIFY(stopped({QStringLiteral("a")}, 0, a, ""));
+        QVERIFY(servers.waitForFinished());
+        QVERIFY(start());
+        QVERIFY(stopped({}, 0, a + b, ""));
+        QVERIFY(stopped({}, 1, "", "Rien n'a été arrêté.\n"));
+        QVERIFY(servers.waitForFinished());
     }
 
     void new_network() {

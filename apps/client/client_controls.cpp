@@ -1,0 +1,66 @@
+#include "client_controls.h"
+
+#include <QEventLoop>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QSignalMapper>
+
+#include "clientwindow.h"
+
+ClientControls::ClientControls(ClientWindow& shown) : QObject(&shown), window(shown) {
+    follow_list();
+}
+
+void ClientControls::follow_list() {
+    // Every list has its own mapper, which stays in the window. The window's slot comes first.
+    connect(window.findChildren<QSignalMapper*>().last(), &QSignalMapper::mappedInt, this,
+            &ClientControls::follow_connected_screen);
+}
+
+void ClientControls::follow_connected_screen(int index) {
+    const auto buttons = window.findChildren<QPushButton*>();
+    // Queued: each replaces the screen that its button is on.
+    connect(
+        buttons[0], &QPushButton::clicked, this,
+        [this, index] {
+            show_list();
+            window.findChildren<QPushButton*>()[index]->click();
+        },
+        Qt::QueuedConnection);
+    connect(buttons[1], &QPushButton::clicked, this, &ClientControls::show_list,
+            Qt::QueuedConnection);
+    buttons[0]->setFocus();
+}
+
+void ClientControls::show_list() {
+    window.remove_layouts(nullptr);
+    window.selecting_networks_mode();
+    window.setWindowTitle(QStringLiteral("Recherche de Reseaux"));
+    follow_list();
+}
+
+bool has_servers(const ClientWindow& window) {
+    return window.findChild<QSignalMapper*>() != nullptr;
+}
+
+bool wants_another_search(ClientWindow& window) {
+    QMessageBox message(
+        QMessageBox::Information, QStringLiteral("Aucun réseau trouvé"),
+        QStringLiteral("Aucun réseau Quorvale n'a répondu.\n\n"
+                       "Vérifiez que cette machine est reliée au même réseau local que le serveur, "
+                       "par câble ou par wifi, que le serveur est démarré, et que son pare-feu "
+                       "laisse entrer le port 8000."),
+        QMessageBox::NoButton, &window);
+    // The page's white background reaches the message, too; its text must not take a dark theme's.
+    message.setStyleSheet(QStringLiteral("color: #333;"));
+    const auto* again =
+        message.addButton(QStringLiteral("Chercher de nouveau"), QMessageBox::AcceptRole);
+    message.addButton(QStringLiteral("Fermer"), QMessageBox::RejectRole);
+    // Not modal: the window behind it can be closed as ever.
+    QEventLoop answered;
+    QObject::connect(&message, &QDialog::finished, &answered, &QEventLoop::quit);
+    QObject::connect(&window, &QDialog::finished, &answered, &QEventLoop::quit);
+    message.show();
+    answered.exec();
+    return message.clickedButton() == again;
+}

@@ -1,0 +1,196 @@
+#include "account_form.h"
+
+#include <QComboBox>
+#include <QDir>
+#include <QFile>
+#include <QInputDialog>
+#include <QLabel>
+#include <QLineEdit>
+#include <QProcess>
+#include <QProcessEnvironment>
+#include <QPushButton>
+#include <QVBoxLayout>
+
+#include "field_errors.h"
+#include "setupwindow.h"
+
+namespace {
+
+/// How the project's command `compte` ends.
+enum AccountStatus {
+    account_made = 0,
+    account_failed = 1,
+    password_refused = 3,
+    pseudonym_refused = 4
+};
+
+/// What the command calls the roles, in the order of the list.
+const char* const roles[] = {"super", "standard", "invite"};
+
+QDir project_of(const RegisteredNetwork& network) {
+    return QDir(QFile::decodeName(network.directory.c_str()));
+}
+
+bool can_make_accounts(const RegisteredNetwork& network) {
+    const QDir project = project_of(network);
+    return project.exists(project.dirName() +
+                          QStringLiteral("/hubs/management/commands/compte.py"));
+}
+
+}  // namespace
+
+AccountForm::AccountForm(SetupWindow& shown)
+    : QObject(&shown),
+      window(shown),
+      fields(shown.findChildren<QLineEdit*>().toVector()),
+      role(shown.findChild<QComboBox*>()),
+      save_button(shown.findChild<QPushButton*>()),
+      result(new QLabel) {
+    fields[password]->setEchoMode(QLineEdit::Password);
+    fields[confirmation]->setEchoMode(QLineEdit::Password);
+    save_button->setDefault(true);
+    result->setWordWrap(true);
+    save_button->parentWidget()->parentWidget()->layout()->addWidget(result);
+    connect(save_button, &QPushButton::clicked, this, &AccountForm::save);
+}
+
+void AccountForm::save() {
+    if (!check()) {
+        return;
+    }
+    const RegisteredNetwork network = choose_network();
+    if (network.directory.empty()) {
+        return;
+    }
+    if (!can_make_accounts(network)) {
+        show_failure(
+            QStringLiteral("Le réseau « %1 » vient d'une version plus ancienne, qui n'ajoute "
+                           "pas de comptes d'ici. Fermez cette fenêtre et tapez "
+                           "quorvale-start, qui le met à jour.")
+                .arg(network.name));
+        return;
+    }
+    make_account(network);
+}
+
+bool AccountForm::check() {
+    result->clear();
+    accept_fields(*save_button->parentWidget());
+    bool fit = true;
+    const auto refuse = [&](Field field, const QString& reason) {
+        fit = false;
+        refuse_field(*fields[field], reason);
+    };
+    if (fields[pseudonym]->text().trimmed().isEmpty()) {
+        refuse(pseudonym, QStringLiteral("Donnez un pseudonyme."));
+    }
+    if (fields[name]->text().trimmed().isEmpty()) {
+        refuse(name, QStringLiteral("Donnez un nom."));
+    }
+    if (fields[password]->text().isEmpty()) {
+        refuse(password, QStringLiteral("Donnez un mot de passe."));
+    } else if (fields[password]->text() != fields[confirmation]->text()) {
+        refuse(confirmation, QStringLiteral("Les deux mots de passe ne sont pas les mêmes."));
+    }
+    return fit;
+}
+
+RegisteredNetwork AccountForm::choose_network() {
+    const std::vector<RegisteredNetwork> networks = registered_networks();
+    if (networks.empty()) {
+        show_failure(QStringLiteral(
+            "Il n'y a pas encore de réseau. Créez-en un d'abord : tapez quorvale-start, puis "
+            "« Creer un Nouveau Reseau »."));
+        return {};
+    }
+    if (networks.size() == 1) {
+        return networks[0];
+    }
+    QStringList names;
+    for (const RegisteredNetwork& network : networks) {
+        names += network.name;
+    }
+    QInputDialog choice(&window);
+    choice.setWindowTitle(QStringLiteral("Choix du réseau"));
+    choice.setLabelText(QStringLiteral("Dans quel réseau ajouter ce compte ?"));
+    choice.setComboBoxItems(names);
+    choice.setOkButtonText(QStringLiteral("Choisir"));
+    choice.setCancelButtonText(QStringLiteral("Annuler"));
+    if (choice.exec() != QDialog::Accepted) {
+        return {};
+    }
+    // By its place: two networks may have the same name.
+    const auto* list = choice.findChild<QComboBox*>();
+    return networks[static_cast<std::size_t>(list->currentIndex())];
+}
+
+void AccountForm::make_account(const RegisteredNetwork& network) {
+    auto* command = new QProcess(this);
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(QStringLiteral("PYTHONUTF8"), QStringLiteral("1"));
+    command->setProcessEnvironment(environment);
+    command->setWorkingDirectory(project_of(network).absolutePath());
+    connect(command, &QProcess::errorOccurred, this, [=](QProcess::ProcessError error) {
+        if (error == QProcess::FailedToStart) {
+            command->deleteLater();
+            end(network, account_failed, QStringLiteral("python3 n'a pas pu être lancé."));
+        }
+    });
+    connect(command, QOverload<int, QProcess::ExitStatus>::of(&QProcess::finished), this,
+            [=](int status, QProcess::ExitStatus how) {
+                const QString said = QString::fromUtf8(command->readAllStandardError()).trimmed();
+                command->deleteLater();
+                end(network, how == QProcess::NormalExit ? status : account_failed, said);
+            });
+    set_busy(true);
+    command->start(QStringLiteral("python3"),
+                   {QStringLiteral("manage.py"), QStringLiteral("compte"),
+                    QString::fromLatin1(roles[role->currentIndex()]), QStringLiteral("--"),
+                    fields[pseudonym]->text().trimmed(), fields[name]->text().simplified()});
+    command->write(fields[password]->text().toUtf8() + '\n');
+    command->closeWriteChannel();
+}
+
+void AccountForm::end(const RegisteredNetwork& network, int status, const QString& said) {
+    set_busy(false);
+    switch (status) {
+        case account_made:
+            show_result(QStringLiteral("Le compte « %1 » est ajouté au réseau « %2 ».")
+                            .arg(fields[pseudonym]->text().trimmed(), network.name),
+                        "#1b5e20");
+            for (QLineEdit* field : fields) {
+                field->clear();
+            }
+            fields[pseudonym]->setFocus();
+            return;
+        case password_refused:
+            refuse_field(*fields[password], said);
+            return;
+        case pseudonym_refused:
+            refuse_field(*fields[pseudonym], said);
+            return;
+        default:
+            show_failure(QStringLiteral("Le compte n'a pas été ajouté. %1")
+                             .arg(said.section(QLatin1Char('\n'), -1)));
+    }
+}
+
+void AccountForm::set_busy(bool busy) {
+    save_button->parentWidget()->setEnabled(!busy);
+    if (busy) {
+        window.setCursor(Qt::BusyCursor);
+        show_result(QStringLiteral("Ajout du compte en cours…"), "#0b3c66");
+    } else {
+        window.unsetCursor();
+        result->clear();
+    }
+}
+
+void AccountForm::show_failure(const QString& reason) {
+    show_result(reason, "#b00020");
+}
+
+void AccountForm::show_result(const QString& text, const char* colour) {
+    result->setStyleSheet(QStringLiteral("color:%1;").arg(QLatin1String(colour)));
+    result->setText(text);
+}

@@ -1,0 +1,38 @@
+#include "registered_networks.h"
+
+#include <QDir>
+#include <QFile>
+#include <fstream>
+#include <memory>
+
+#include "hub_utilities.h"
+#include "network.h"
+#include "screen_pieces.h"
+
+namespace {
+
+QString display_name(const Network& network) {
+    QFile file(QDir(QFile::decodeName(network.path.c_str())).filePath(QStringLiteral("nom.txt")));
+    if (file.open(QIODevice::ReadOnly)) {
+        const QString name = QString::fromUtf8(file.readLine(1000)).simplified();
+        if (!name.isEmpty()) {
+            return name;
+        }
+    }
+    // In the registry, as on a button, a single "&" is doubled.
+    return latin1_text(network.name).replace(QStringLiteral("&&"), QStringLiteral("&"));
+}
+
+}  // namespace
+
+std::vector<RegisteredNetwork> registered_networks() {
+    std::ifstream registry("networks.data");
+    std::vector<RegisteredNetwork> networks;
+    for (std::string line; std::getline(registry, line);) {
+        const std::unique_ptr<const Network> network(split_hub_networks_file(line));
+        if (network) {
+            networks.push_back({display_name(*network), network->path});
+        }
+    }
+    return networks;
+}

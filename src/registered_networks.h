@@ -1,0 +1,15 @@
+#pragma once
+
+#include <QString>
+#include <string>
+#include <vector>
+
+/// A network of the registry, as the operator knows it.
+struct RegisteredNetwork {
+    QString name;           ///< its display name: the one in its "nom.txt", else the registry's
+    std::string directory;  ///< its project's, the bytes that the registry has
+};
+
+/// Returns the networks of "networks.data" (working directory) in its order; none when there is no
+/// registry that can be read. Lines without a name and a directory are left out. Prints nothing.
+std::vector<RegisteredNetwork> registered_networks();
