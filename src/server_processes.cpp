@@ -64,7 +64,7 @@ std::vector<std::string> words_of(pid_t pid) {
 }
 
 bool is_own(pid_t pid) {
-    struct stat entry {};
+    struct stat entry = {};
     return stat(entry_of(pid, "").c_str(), &entry) == 0 && entry.st_uid == geteuid();
 }
 

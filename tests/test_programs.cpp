@@ -56,7 +56,7 @@ private slots:
         writer.write("A|/d/a|\n");
         writer.close();
         QByteArray out;
-        QTRY_VERIFY((out += process.readAllStandardOutput(), out.startsWith("A|/d/a|\n")));
+        QTRY_VERIFY((out.append(process.readAllStandardOutput()), out.startsWith("A|/d/a|\n")));
         QCOMPARE(process.state(), QProcess::Running);
         process.terminate();
         QVERIFY(process.waitForFinished());
