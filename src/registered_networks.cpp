@@ -14,7 +14,7 @@ namespace {
 QString display_name(const Network& network) {
     QFile file(QDir(QFile::decodeName(network.path.c_str())).filePath(QStringLiteral("nom.txt")));
     if (file.open(QIODevice::ReadOnly)) {
-        const QString name = QString::fromUtf8(file.readLine(1000)).simplified();
+        QString name = QString::fromUtf8(file.readLine(1000)).simplified();
         if (!name.isEmpty()) {
             return name;
         }

@@ -9,7 +9,7 @@ class ClientWindow;
 class ClientControls : public QObject {
 public:
     /// The window has ended its search.
-    explicit ClientControls(ClientWindow& window);
+    explicit ClientControls(ClientWindow& shown);
 
 private:
     /// Waits for a click in the list.

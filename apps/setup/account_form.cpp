@@ -28,7 +28,7 @@ enum AccountStatus {
 const char* const roles[] = {"super", "standard", "invite"};
 
 QDir project_of(const RegisteredNetwork& network) {
-    return QDir(QFile::decodeName(network.directory.c_str()));
+    return {QFile::decodeName(network.directory.c_str())};
 }
 
 bool can_make_accounts(const RegisteredNetwork& network) {

@@ -15,7 +15,7 @@ class SetupWindow;
 /// project make the account, while the window goes on. Belongs to the window.
 class AccountForm : public QObject {
 public:
-    explicit AccountForm(SetupWindow& window);
+    explicit AccountForm(SetupWindow& shown);
 
 private:
     enum Field { pseudonym, name, password, confirmation };
