@@ -68,7 +68,8 @@ int main(int argc, char** argv) {
                        "Cherche les serveurs Quorvale du réseau local et ouvre dans le navigateur "
                        "celui qu'on choisit.\n"
                        "\n"
-                       "  --help    affiche cette aide\n")) {
+                       "  -h, --help    affiche cette aide\n"
+                       "  --version     affiche la version\n")) {
         return 0;
     }
     const QApplication application(argc, argv);

@@ -8,7 +8,8 @@ int main(int argc, char** argv) {
         "Lance, dans un nouveau terminal, le serveur Django du projet de RÉPERTOIRE (celui qui\n"
         "contient manage.py), pour cette machine seulement : http://127.0.0.1:8000.\n"
         "\n"
-        "  --help    affiche cette aide\n"
+        "  -h, --help    affiche cette aide\n"
+        "  --version     affiche la version\n"
         "\n"
         "Code de retour : 0 si le terminal a été demandé, 1 sinon, 2 si la commande est mal "
         "écrite.\n";

@@ -12,7 +12,8 @@ int main(int argc, char** argv) {
         "projet Django dans le répertoire NOM, sa ligne dans networks.data et sa base de données.\n"
         "NOM est un identifiant Python : des lettres sans accent, des chiffres et « _ ».\n"
         "\n"
-        "  --help    affiche cette aide\n"
+        "  -h, --help    affiche cette aide\n"
+        "  --version     affiche la version\n"
         "\n"
         "Code de retour : 0 si le réseau est complet, 1 sinon, 2 si la commande est mal écrite.\n";
     if (asked_for_help(argc, argv, help)) {

@@ -13,7 +13,8 @@ int main(int argc, char** argv) {
             "Affiche la fenêtre de configuration de Quorvale, qui ajoute des comptes à un "
             "réseau.\n"
             "\n"
-            "  --help    affiche cette aide\n")) {
+            "  -h, --help    affiche cette aide\n"
+            "  --version     affiche la version\n")) {
         return 0;
     }
     const QApplication application(argc, argv);
@@ -21,6 +22,6 @@ int main(int argc, char** argv) {
     SetupWindow window(nullptr);
     new AccountForm(window);
     ApplicationSetup::dress_window(window);
-    window.show();
+    ApplicationSetup::show_first_window(window);
     return QApplication::exec();
 }

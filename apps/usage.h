@@ -1,13 +1,19 @@
 #pragma once
 
-#include <cstring>
 #include <iostream>
+#include <string_view>
 
-/// Prints the help text on standard output and returns true when "--help" is on the command line.
+/// Returns true when "--help", "-h" or "--version" is on the command line, with the help text or
+/// the product's version on standard output.
 inline bool asked_for_help(int argc, char** argv, const char* help) {
     for (int i = 1; i < argc; ++i) {
-        if (std::strcmp(argv[i], "--help") == 0) {
+        const std::string_view argument = argv[i];
+        if (argument == "--help" || argument == "-h") {
             std::cout << help;
+            return true;
+        }
+        if (argument == "--version") {
+            std::cout << "Quorvale " << QUORVALE_VERSION << "\n";
             return true;
         }
     }

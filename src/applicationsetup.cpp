@@ -22,11 +22,25 @@ void ApplicationSetup::dress_window(QWidget& window) {
     window.setWindowFlags(Qt::Window | Qt::WindowMinimizeButtonHint | Qt::WindowCloseButtonHint);
 }
 
+void ApplicationSetup::show_first_window(QWidget& window) {
+    const char* const variable = "QT_XCB_GL_INTEGRATION";
+    const bool chosen_by_operator = qEnvironmentVariableIsSet(variable);
+    if (!chosen_by_operator) {
+        qputenv(variable, "none");
+    }
+    window.show();
+    if (!chosen_by_operator) {
+        qunsetenv(variable);
+    }
+}
+
 void ApplicationSetup::apply_style_sheet() {
     if (!style_file.open(QIODevice::ReadOnly)) {
         return;
     }
-    qApp->setStyleSheet(QString::fromLatin1(style_file.readAll()));
+    const QByteArray style_sheet = style_file.readAll();
+    // With its size: fromLatin1(QByteArray) of Qt 5 ends at a NUL byte.
+    qApp->setStyleSheet(QString(QLatin1String(style_sheet.constData(), style_sheet.size())));
 }
 
 void ApplicationSetup::install_translation() {

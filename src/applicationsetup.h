@@ -20,6 +20,11 @@ public:
     /// close buttons only.
     static void dress_window(QWidget& window);
 
+    /// Shows a program's first window. Qt would load OpenGL for it, which no window of ours uses
+    /// and which is half of the start: it is told not to, by a variable of the environment that is
+    /// as before on return, so that nothing started later inherits it.
+    static void show_first_window(QWidget& window);
+
 private:
     void apply_style_sheet();
     void install_translation();

@@ -6,6 +6,7 @@
 #include <iostream>
 #include <sstream>
 #include <stdexcept>
+#include <utility>
 
 #include "command_pipe.h"
 #include "network.h"
@@ -35,7 +36,7 @@ void read_hub_networks(std::vector<Network*>* networks) {
     std::string line;
     for (int number = 1; std::getline(registry, line); ++number) {
         std::cout << line << std::endl;
-        Network* network = split_hub_networks_file(line);
+        Network* network = split_hub_networks_file(std::move(line));
         if (network == nullptr) {
             std::cerr << "networks.data, ligne " << number
                       << " ignorée : il y manque le nom ou le répertoire, chacun suivi de « | »."
@@ -56,8 +57,9 @@ Network* split_hub_networks_file(std::string line) {
     if (path_end == std::string::npos) {
         return nullptr;
     }
-    return new Network(line.substr(0, name_end), line.substr(path_start, path_end - path_start),
-                       std::string());
+    std::string path = line.substr(path_start, path_end - path_start);
+    line.resize(name_end);
+    return new Network(std::move(line), std::move(path), std::string());
 }
 
 std::vector<std::string> fetch_networks() {

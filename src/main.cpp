@@ -13,6 +13,6 @@ int main(int argc, char** argv) {
     const ApplicationSetup setup;
     NetworkSelectionWindow window(nullptr);
     ApplicationSetup::dress_window(window);
-    window.setVisible(true);
+    ApplicationSetup::show_first_window(window);
     return QApplication::exec();
 }

@@ -144,7 +144,6 @@ private slots:
         row("keyword", "class", "true", identifier);
         row("accent", "École", "true", identifier);
         row("shell", "a;touch b", "true", identifier);
-        row("option", "-h", "true", identifier);
         row("empty", "", "true", identifier);
         row("exists", "Forge", "touch Forge", "existe déjà");
         row("dangling link", "Forge", "ln -s nowhere Forge", "existe déjà");
