@@ -5,15 +5,12 @@
 #include <QComboBox>
 #include <QDir>
 #include <QFile>
-#include <QFileInfo>
 #include <QGridLayout>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMovie>
-#include <QPushButton>
 #include <QStyle>
 #include <QTemporaryFile>
-#include <QVBoxLayout>
 #include <QVariant>
 #include <iostream>
 
@@ -43,7 +40,7 @@ QByteArray TestDirectory::read(const QString& file) const {
 
 void TestDirectory::fake_command(const QString& command, const QByteArray& script) const {
     const QString file = QStringLiteral("bin/") + command;
-    write(file, "#!/bin/sh\n" + script);
+    write(file, "#!/bin/sh\n" + script + "\n");
     QFile::setPermissions(path(file), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
 }
 
@@ -52,46 +49,54 @@ QString TestDirectory::path(const QString& file) const {
 }
 
 Output output_of(const std::function<void()>& action) {
-    QTemporaryFile out;
-    QTemporaryFile err;
-    out.open();
-    err.open();
+    QTemporaryFile files[2];
+    int old_streams[2];
     std::cout.flush();
-    const int old_out = dup(STDOUT_FILENO);
-    const int old_err = dup(STDERR_FILENO);
-    dup2(out.handle(), STDOUT_FILENO);
-    dup2(err.handle(), STDERR_FILENO);
+    for (const int i : {0, 1}) {
+        files[i].open();
+        old_streams[i] = dup(STDOUT_FILENO + i);
+        dup2(files[i].handle(), STDOUT_FILENO + i);
+    }
     action();
     std::cout.flush();
-    dup2(old_out, STDOUT_FILENO);
-    dup2(old_err, STDERR_FILENO);
-    close(old_out);
-    close(old_err);
-    out.seek(0);
-    err.seek(0);
-    return {out.readAll(), err.readAll()};
+    for (const int i : {0, 1}) {
+        dup2(old_streams[i], STDOUT_FILENO + i);
+        close(old_streams[i]);
+        files[i].seek(0);
+    }
+    return {files[0].readAll(), files[1].readAll()};
 }
 
 namespace {
 
+QString text_if(bool holds, const char* text) {
+    return holds ? QString::fromLatin1(text) : QString();
+}
+
 QString size_text(const QSize& size) {
-    return QStringLiteral("%1x%2").arg(size.width()).arg(size.height());
+    return QStringLiteral(" %1x%2").arg(size.width()).arg(size.height());
 }
 
 QString traits(const QLabel& label) {
     QString text;
     if (QMovie* movie = label.movie()) {
-        text += QStringLiteral(" movie %1 %2 %3")
-                    .arg(movie->fileName(), size_text(movie->scaledSize()),
-                         movie->state() == QMovie::Running ? QStringLiteral("running")
-                                                           : QStringLiteral("stopped"));
-    } else if (label.text().isEmpty()) {
-        text += label.pixmap(Qt::ReturnByValue).isNull() ? QStringLiteral(" empty")
-                                                         : QStringLiteral(" picture");
+        text = QStringLiteral(" movie ") + movie->fileName() + size_text(movie->scaledSize()) +
+               text_if(movie->state() == QMovie::Running, " running");
+    } else if (!label.pixmap(Qt::ReturnByValue).isNull()) {
+        text = QStringLiteral(" picture");
     }
-    text += label.hasScaledContents() ? QStringLiteral(" scaled") : QString();
-    text += label.wordWrap() ? QStringLiteral(" wrapped") : QString();
-    return text + (label.alignment() == Qt::AlignCenter ? QStringLiteral(" centred") : QString());
+    return text + text_if(label.hasScaledContents(), " scaled") +
+           text_if(label.wordWrap(), " wrapped") +
+           text_if(label.alignment() == Qt::AlignCenter, " centred");
+}
+
+QString traits(const QComboBox& list) {
+    QString text = text_if(list.isEditable(), " editable");
+    for (int i = 0; i < list.count(); ++i) {
+        text +=
+            text_if(i == list.currentIndex(), " current") + QStringLiteral(" ") + list.itemText(i);
+    }
+    return text;
 }
 
 QString traits(const QWidget& widget) {
@@ -99,69 +104,54 @@ QString traits(const QWidget& widget) {
     if (const auto* label = qobject_cast<const QLabel*>(&widget)) {
         text += traits(*label);
     } else if (const auto* field = qobject_cast<const QLineEdit*>(&widget)) {
-        text += field->echoMode() == QLineEdit::Normal ? QStringLiteral(" clear") : QString();
+        text += text_if(field->echoMode() == QLineEdit::Normal, " clear");
     } else if (const auto* list = qobject_cast<const QComboBox*>(&widget)) {
-        for (int i = 0; i < list->count(); ++i) {
-            text += (i == list->currentIndex() ? QStringLiteral(" *") : QStringLiteral(" ")) +
-                    list->itemText(i);
-        }
-        text += list->isEditable() ? QStringLiteral(" editable") : QString();
+        text += traits(*list);
     }
     if (widget.minimumSize() == widget.maximumSize()) {
-        text += QStringLiteral(" ") + size_text(widget.maximumSize());
+        text += size_text(widget.maximumSize());
     } else if (widget.maximumWidth() != QWIDGETSIZE_MAX) {
         text += QStringLiteral(" max-width %1").arg(widget.maximumWidth());
     }
-    const QVariant style_class = widget.property("class");
-    text += style_class.isValid() ? QStringLiteral(" .") + style_class.toString() : QString();
-    if (!widget.styleSheet().isEmpty()) {
-        text += QStringLiteral(" {") + widget.styleSheet() + QStringLiteral("}");
+    for (const auto& [property, form] :
+         {std::make_pair("class", " .%1"), {"styleSheet", " {%1}"}, {"text", " \"%1\""}}) {
+        const QString value = widget.property(property).toString();
+        text += value.isEmpty() ? value : QString::fromLatin1(form).arg(value);
     }
-    const QVariant shown = widget.property("text");
-    return text + (shown.isValid() && !shown.toString().isEmpty()
-                       ? QStringLiteral(" \"") + shown.toString() + QStringLiteral("\"")
-                       : QString());
+    return text;
 }
 
-QString traits(QLayout& layout, const QWidget& widget) {
+QString traits(const QLayout& layout, const QWidget& widget) {
     QString text = QStringLiteral(" / ") + QString::fromLatin1(layout.metaObject()->className());
     if (layout.alignment() != 0) {
         text += QStringLiteral(" align 0x%1").arg(int(layout.alignment()), 0, 16);
     }
     if (layout.spacing() != widget.style()->pixelMetric(QStyle::PM_LayoutVerticalSpacing) &&
-        qobject_cast<QBoxLayout*>(&layout) != nullptr) {
+        qobject_cast<const QBoxLayout*>(&layout) != nullptr) {
         text += QStringLiteral(" spacing %1").arg(layout.spacing());
     }
-    return text + (layout.contentsMargins().isNull() ? QStringLiteral(" no margins") : QString());
+    return text + text_if(layout.contentsMargins().isNull(), " no margins");
 }
 
 QString snapshot_tree(const QWidget& widget, const QString& indent) {
+    const QLayout* layout = widget.layout();
     QString text = indent + traits(widget);
-    QLayout* layout = widget.layout();
-    if (layout == nullptr) {
-        return text + QStringLiteral("\n");
-    }
-    text += traits(*layout, widget) + QStringLiteral("\n");
-    for (int i = 0; i < layout->count(); ++i) {
-        QLayoutItem* item = layout->itemAt(i);
-        QString cell = indent + QStringLiteral("  ");
-        if (const auto* grid = qobject_cast<QGridLayout*>(layout)) {
-            int row = 0;
-            int column = 0;
-            int spans[2] = {0, 0};
-            grid->getItemPosition(i, &row, &column, &spans[0], &spans[1]);
-            cell += QStringLiteral("(%1,%2) ").arg(row).arg(column);
+    text += layout == nullptr ? QStringLiteral("\n") : traits(*layout, widget) + QLatin1Char('\n');
+    for (int i = 0; layout != nullptr && i < layout->count(); ++i) {
+        QString cell =
+            indent + text_if(layout->itemAt(i)->alignment() != 0, "aligned") + QStringLiteral("  ");
+        if (const auto* grid = qobject_cast<const QGridLayout*>(layout)) {
+            int place[4];
+            grid->getItemPosition(i, &place[0], &place[1], &place[2], &place[3]);
+            cell += QStringLiteral("(%1,%2) ").arg(place[0]).arg(place[1]);
         }
-        text += item->alignment() != 0 ? cell + QStringLiteral("aligned\n") : QString();
-        text += item->widget() != nullptr ? snapshot_tree(*item->widget(), cell)
-                                          : cell + QStringLiteral("no widget\n");
+        text += snapshot_tree(*layout->itemAt(i)->widget(), cell);
     }
     return text;
 }
 
 }  // namespace
 
-QStringList snapshot(const QWidget& window) {
-    return (QStringLiteral("[%1] ").arg(window.windowTitle()) + snapshot_tree(window, QString()))
-        .split(QLatin1Char('\n'));
+QString snapshot(const QWidget& window) {
+    return QStringLiteral("[%1] ").arg(window.windowTitle()) + snapshot_tree(window, QString());
 }

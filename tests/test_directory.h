@@ -1,7 +1,7 @@
 #pragma once
 
 #include <QByteArray>
-#include <QStringList>
+#include <QString>
 #include <QTemporaryDir>
 #include <QWidget>
 #include <functional>
@@ -36,4 +36,4 @@ Output output_of(const std::function<void()>& action);
 
 /// A window as text, one widget a line: title, size, style sheet, and its widgets in layout order
 /// with all that an operator can tell of them. Values that are Qt's defaults are left out.
-QStringList snapshot(const QWidget& window);
+QString snapshot(const QWidget& window);

@@ -1,5 +1,5 @@
 // The registry's writer, read back: behind any contents, a network that was recorded is the last
-// one read, and those before it are as they were; one that was refused changes nothing.
+// one read, and the lines before it are as they were; one that was refused changes nothing.
 #include <fuzzer/FuzzedDataProvider.h>
 
 #include <QDir>
@@ -9,7 +9,6 @@
 #include <iostream>
 #include <iterator>
 #include <memory>
-#include <utility>
 
 #include "hub_utilities.h"
 #include "network.h"
@@ -17,48 +16,42 @@
 
 namespace {
 
-using Records = std::vector<std::pair<std::string, std::string>>;
-
-Records read_records() {
+/// The registry that the reader has understood, as it would be written.
+std::string read_registry() {
     std::vector<Network*> networks;
     read_hub_networks(&networks);
-    Records records;
-    for (Network* const network : networks) {
+    std::string lines;
+    for (Network* network : networks) {
         const std::unique_ptr<const Network> owned(network);
-        records.emplace_back(owned->name, owned->path);
+        lines += owned->name + "|" + owned->path + "|\n";
     }
-    return records;
-}
-
-std::string registry_contents() {
-    std::ifstream file("networks.data", std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
+    return lines;
 }
 
 }  // namespace
 
-extern "C" int LLVMFuzzerInitialize(int* /*argc*/, char*** /*argv*/) {
-    // The functions echo what they read and refuse.
-    std::cout.rdbuf(nullptr);
-    std::cerr.rdbuf(nullptr);
-    return 0;
-}
-
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     static const QTemporaryDir folder;
     QDir::setCurrent(folder.path());
+    // The functions echo what they read and refuse.
+    std::cout.rdbuf(nullptr);
+    std::cerr.rdbuf(nullptr);
+
     FuzzedDataProvider input(data, size);
     const std::string name = input.ConsumeRandomLengthString();
     const std::string directory = input.ConsumeRandomLengthString();
     const std::string before = input.ConsumeRemainingBytesAsString();
     std::ofstream("networks.data", std::ios::binary) << before;
 
-    Records expected = read_records();
+    std::string expected = read_registry();
     const bool recorded = record_hub_network(name, directory) == 0;
     if (recorded) {
-        expected.emplace_back(name, directory);
+        expected += name + "|" + directory + "|\n";
     }
-    if (read_records() != expected || (!recorded && registry_contents() != before)) {
+    std::ifstream file("networks.data", std::ios::binary);
+    const std::string after{std::istreambuf_iterator<char>(file), {}};
+    if (read_registry() != expected || after.rfind(before, 0) != 0 ||
+        (!recorded && after != before)) {
         std::abort();
     }
     return 0;
