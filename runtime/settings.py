@@ -4,6 +4,7 @@ import fcntl
 import os
 from pathlib import Path
 
+import django
 from django.core.management.utils import get_random_secret_key
 
 PACKAGE_DIR = Path(__file__).resolve().parent
@@ -110,9 +111,22 @@ AUTH_PASSWORD_VALIDATORS = [
 ]
 
 LANGUAGE_CODE = "fr"
-DECIMAL_SEPARATOR = ","
+if django.VERSION < (4, 0):
+    USE_L10N = True  # dates and numbers as in French, which later versions always do
 TIME_ZONE = "Europe/Paris"
 USE_TZ = True
+
+LOGOUT_REDIRECT_URL = "index"
+
+# Where failed log-ins are counted: with room for more than anybody tries in a minute
+CACHES = {
+    "default": {
+        "BACKEND": "django.core.cache.backends.locmem.LocMemCache",
+        "OPTIONS": {"MAX_ENTRIES": 10_000},
+    },
+}
+
+FILE_UPLOAD_HANDLERS = [f"{PACKAGE}.hubs.uploads.NamelessFileHandler"]
 
 STATIC_URL = "/static/"
 STATICFILES_DIRS = [PACKAGE_DIR / "static"]

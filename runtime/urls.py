@@ -5,14 +5,27 @@ from django.contrib.staticfiles.views import serve
 from django.urls import path
 from django.utils.functional import lazy
 
-from .hubs import views
+from .hubs import handed_in, resources, views
+from .hubs.forms import LoginForm
 
 admin.site.site_header = admin.site.site_title = lazy(views.network_name, str)()
+admin.site.login_form = LoginForm
+admin.site.login_template = "login.html"
+
+OFFERED = {"folder": resources.OFFERED, "back": "index"}
+HANDED_IN = {"folder": handed_in.FOLDER, "back": "handed_in"}
 
 urlpatterns = [
     path("", views.index, name="index"),
+    path("adresse/", views.address, name="address"),
     path("ressources/<str:name>", views.download, name="download"),
+    path("ressources/<str:name>/retirer", views.remove, OFFERED, name="remove"),
     path("depot/", views.upload, name="upload"),
+    path("remettre/", views.hand_in, name="hand_in"),
+    path("remettre/ouverture/", views.open_hand_in, name="open_hand_in"),
+    path("remis/", views.list_handed_in, name="handed_in"),
+    path("remis/<str:name>", views.download_handed_in, name="download_handed_in"),
+    path("remis/<str:name>/retirer", views.remove, HANDED_IN, name="remove_handed_in"),
     path("_infos/kl/", views.display_name),
     path("admin/", admin.site.urls),
     # Debug mode is off, which says no more than that pages show no internals.

@@ -5,53 +5,19 @@ import ast
 import http.client
 import os
 import re
-import signal
-import socket
 import subprocess
-import tempfile
-import time
 import unittest
-from pathlib import Path
 from urllib.parse import quote, urlencode
 
-TEMPLATE = Path(__file__).resolve().parent.parent / "runtime"
-ENVIRONMENT = {**os.environ, "PATH": "/usr/bin:/bin", "PYTHONDONTWRITEBYTECODE": "1"}
+from served_network import ENVIRONMENT, ServedNetworkTest
 
 
-class TemplateTest(unittest.TestCase):
-    def run_in(self, directory, *command):
-        subprocess.run(command, cwd=directory, env=ENVIRONMENT, check=True,
-                       stdout=subprocess.DEVNULL)
-
+class TemplateTest(ServedNetworkTest):
     def setUp(self):
-        directory = tempfile.TemporaryDirectory()
-        self.addCleanup(directory.cleanup)
-        self.project = Path(directory.name) / "Atelier"
-        self.offered = self.project / "Atelier" / "ressources"
-        self.run_in(directory.name, "django-admin", "startproject", "Atelier")
-        self.run_in(TEMPLATE, "cp", "-r", "settings.py", "urls.py", "hubs", "ressources",
-                    "templates", "static", self.project / "Atelier")
+        super().setUp()
         self.settings = self.project / "Atelier" / "settings.py"
         (self.project / "nom.txt").write_text("L'été, 5 € – Łódź\n", "utf-8")
         self.cookies = {}
-
-    def start_server(self):
-        with socket.socket() as probe:
-            probe.bind(("127.0.0.1", 0))
-            self.port = probe.getsockname()[1]
-        server = subprocess.Popen(
-            ["python3", "manage.py", "runserver", f"127.0.0.1:{self.port}"], cwd=self.project,
-            env=ENVIRONMENT, start_new_session=True, stdout=subprocess.DEVNULL,
-            stderr=subprocess.DEVNULL)
-        self.addCleanup(server.wait)
-        self.addCleanup(os.killpg, server.pid, signal.SIGKILL)
-        deadline = time.monotonic() + 60
-        while time.monotonic() < deadline and server.poll() is None:
-            try:
-                return self.ask("/", method="HEAD")
-            except ConnectionError:
-                time.sleep(0.1)
-        return self.fail("the server does not answer")
 
     def ask(self, path, body=None, kind="", method=None):
         connection = http.client.HTTPConnection("127.0.0.1", self.port, timeout=60)
@@ -64,18 +30,18 @@ class TemplateTest(unittest.TestCase):
             self.cookies.update([cookie.split(";")[0].split("=", 1)])
         return answer.status, answer.headers, answer.read()
 
-    def send(self, name, content):
+    def send(self, name, content, path="/depot/", field="fichiers"):
         part = "--B\r\nContent-Disposition: form-data; name="
         body = (f'{part}"csrfmiddlewaretoken"\r\n\r\n{self.cookies.get("csrf_Atelier", "")}\r\n'
-                f'{part}"fichiers"; filename="{name}"\r\n\r\n{content}\r\n--B--\r\n')
-        return self.ask("/depot/", body.encode(), "multipart/form-data; boundary=B")
+                f'{part}"{field}"; filename="{name}"\r\n\r\n{content}\r\n--B--\r\n')
+        return self.ask(path, body.encode(), "multipart/form-data; boundary=B")
 
     def test_visitors(self):
         (self.offered / "dossier").mkdir()
         for name in (".cache.txt", "Été 100% #1?.txt", "a\nb.txt", "dossier/x.txt", "\udce9.txt"):
             (self.offered / name).write_text("contenu")
         (self.offered / "lien.txt").symlink_to(self.settings)
-        self.assertEqual(self.start_server()[0], 200)  # the database does not exist yet
+        self.start_server()  # the database does not exist yet
         page = self.ask("/")[2].decode()
         self.assertIn("<h1>L&#x27;été, 5 € – Łódź</h1>", page)
         offered = re.findall('href="(/ressources/[^"]*)"', page)
@@ -108,10 +74,20 @@ class TemplateTest(unittest.TestCase):
         page = self.ask("/?page=2")[2].decode()
         self.assertEqual((page.count("/ressources/"), "Page 2 sur 201" in page), (50, True))
 
+    def bound(self, name, value):
+        file = self.project / "Atelier" / "hubs" / "limits.py"
+        file.write_text(re.sub(f"(?m)^{name} = .*", f"{name} = {value}", file.read_text("utf-8")))
+
+    def log_in(self, account, password):
+        token = re.search('csrfmiddlewaretoken" value="(.*?)"', self.ask("/admin/login/")[2].decode())
+        login = {"csrfmiddlewaretoken": token[1], "username": account, "password": password}
+        answer = self.ask("/admin/login/", urlencode(login), "application/x-www-form-urlencoded")
+        return answer[0], "Attendez une minute" in answer[2].decode()
+
     def test_uploads(self):
         manage = ("python3", "manage.py")
-        self.run_in(self.project, *manage, "check", "--deploy", "--fail-level", "WARNING")
-        self.run_in(self.project, *manage, "migrate", "--verbosity", "0")
+        self.manage("check", "--deploy", "--fail-level", "WARNING")
+        self.manage("migrate", "--verbosity", "0")
         for status, words, password in [
                 (0, ("standard", "--", "zoé", "Zoé de Łódź"), "un mot de passe"),
                 (0, ("super", "x"), "un mot de passe"), (0, ("invite", "hôte"), "un autre mot"),
@@ -132,21 +108,60 @@ class TemplateTest(unittest.TestCase):
             ("zoé", "Zoé de", "Łódź", True, False), ("x", "", "", True, True),
             ("hôte", "", "", False, False)])
         self.start_server()
-        self.assertEqual(self.send("a.txt", "a")[0], 403)
-        page = self.ask("/admin/login/")[2].decode()
         answer = self.send("a.txt", "a")
-        self.assertEqual((answer[0], answer[1]["Location"]), (302, "/admin/login/?next=/depot/"))
-        self.assertEqual(os.listdir(self.offered), ["Bienvenue.txt"])
-        token = re.search('csrfmiddlewaretoken" value="(.*?)"', page)[1]
-        login = {"csrfmiddlewaretoken": token, "username": "zoé", "password": "un mot de passe"}
-        self.ask("/admin/login/", urlencode(login), "application/x-www-form-urlencoded")
+        self.assertEqual((answer[0], b"Formulaire p" in answer[2]), (403, True))
+        self.assertEqual([self.log_in("zoé", "faux") for _ in range(4)], [(200, False)] * 4)
+        self.assertEqual(self.log_in("zoé", "un mot de passe"), (302, False))
         for name, content in [("Été 1.txt", "premier"), ("Été 1.txt", "second"), ("...", "rien"),
                               ("../../.caché.txt", "c")]:
             self.assertEqual(self.send(name, content)[1]["Location"], "/", name)
         self.assertEqual(sorted(os.listdir(self.offered)),
                          ["Bienvenue.txt", "caché.txt", "Été 1.txt"])
         self.assertEqual((self.offered / "Été 1.txt").read_text("utf-8"), "premier")
-        self.assertIn("existe déjà : il n&#x27;a pas été remplacé", self.ask("/")[2].decode())
+        page = self.ask("/")[2].decode()
+        self.assertIn("existe déjà\xa0: il n&#x27;a pas été remplacé", page)
+        self.cookies = {}
+        tries = [self.log_in("zoé", "faux") for _ in range(6)] + [
+            self.log_in("zoé", "un mot de passe"), self.log_in("luc", "faux")]
+        self.assertEqual(tries, [(200, False)] * 5 + [(200, True)] * 2 + [(200, False)])
+
+    def test_staff_alone(self):
+        self.bound("HANDED_IN_FILES", 3)
+        self.bound("HANDED_IN_BYTES", 200_000)
+        self.make_account()
+        self.handed_in.mkdir(0o700)
+        (self.handed_in / "secret.txt").write_text("secret")
+        self.start_server()
+        self.log_in("inconnu", "faux")  # brings the token of forms
+        for path in ["/remis/", "/remis/secret.txt", "/remis/secret.txt/retirer", "/depot/",
+                     "/remettre/ouverture/", "/ressources/Bienvenue.txt/retirer"]:
+            for answer in [self.ask(path), self.send("a.txt", "a", path)]:
+                self.assertIn((answer[0], (answer[1]["Location"] or "")[:13]),
+                              [(302, "/admin/login/"), (405, "")], path)
+        closed = [self.ask("/remettre/"), self.send("a.txt", "a", "/remettre/", "fichier"),
+                  self.send("a.txt", "a" * 150_000, "/remettre/", "fichier")]
+        self.assertEqual([answer[0] for answer in closed], [403, 403, 413])
+        (self.handed_in / ".ouverte").touch()
+        sent = [("devoir.txt", "1"), ("devoir.txt", "2" * 150_000), ("gros.txt", "3" * 60_000),
+                ("/.. /", "4"), ("Zoé — devoir.txt", "5" * 9), ("de trop.txt", "6")]
+        for name, content in sent:
+            answer = self.send(name, content, "/remettre/", "fichier")
+            self.assertEqual((answer[0], answer[1]["Location"]), (302, "/remettre/"), name)
+        kept = {file.name: (file.stat().st_size, file.stat().st_mode & 0o777)
+                for file in self.handed_in.iterdir() if file.name != ".ouverte"}
+        self.assertEqual(kept, {"secret.txt": (6, 0o644), "devoir.txt": (1, 0o600),
+                                "devoir (2).txt": (150_000, 0o600)})
+        self.assertEqual(self.send("a.txt", "a" * (101 << 20), "/remettre/", "fichier")[0], 413)
+
+    def test_full_disk(self):
+        self.bound("SPARE_BYTES", 1 << 60)
+        self.handed_in.mkdir(0o700)
+        (self.handed_in / ".ouverte").touch()
+        self.start_server()
+        self.ask("/remettre/")
+        self.send("a.txt", "a", "/remettre/", "fichier")
+        self.assertIn("est presque plein", self.ask("/remettre/")[2].decode())
+        self.assertEqual(os.listdir(self.handed_in), [".ouverte"])
 
 
 if __name__ == "__main__":

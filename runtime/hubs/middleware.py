@@ -3,7 +3,7 @@
 import math
 
 from django.conf import settings
-from django.http import HttpResponse
+from django.shortcuts import render
 
 
 def own_content_only(get_response):
@@ -57,5 +57,4 @@ class BodiesBounded:
             return None
         if request.user.is_staff:
             return None
-        return HttpResponse("L'envoi est trop volumineux.", status=413,
-                            content_type="text/plain; charset=UTF-8")
+        return render(None, "413.html", status=413)

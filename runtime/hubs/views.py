@@ -1,20 +1,24 @@
 """The pages of a network."""
 
+from datetime import datetime, timezone
+
 from django.conf import settings
 from django.contrib import messages
 from django.contrib.admin.views.decorators import staff_member_required
 from django.core.paginator import Paginator
 from django.http import FileResponse, Http404, HttpResponse
 from django.shortcuts import redirect, render
-from django.views.decorators.http import require_POST, require_safe
+from django.views.decorators.http import require_http_methods, require_safe
 
-from . import names, resources
+from . import addresses, handed_in, limits, names, resources
 from .kept_pages import same_for_visitors
 
 FILES_PER_PAGE = 50
 
 # Settings of older networks hold their name.
 _OLD_NAME = getattr(settings, "NETWORK_NAME", None)
+
+_DISK_IS_FULL = "Le disque du serveur est presque plein\xa0: rien n'a été enregistré."
 
 
 def network_name():
@@ -26,10 +30,13 @@ def network_name():
 @same_for_visitors
 def index(request):
     """The landing page. A visitor without a session needs no database for it."""
-    page = Paginator(resources.names(), FILES_PER_PAGE).get_page(request.GET.get("page"))
-    files = [(name, resources.size(name)) for name in page]
+    page = Paginator(resources.OFFERED.names(), FILES_PER_PAGE).get_page(request.GET.get("page"))
     return render(request, "index.html", {
-        "network_name": network_name(), "page": page, "files": files,
+        "network_name": network_name(),
+        "page": page,
+        "files": [(name, resources.OFFERED.status(name)) for name in page],
+        "hand_in_is_open": handed_in.is_open(),
+        "handed_in": handed_in.FOLDER.names,
     })
 
 
@@ -41,32 +48,146 @@ def display_name(_request):
 
 
 @require_safe
-def download(_request, name):
-    """One offered file."""
+def address(request):
+    """The network's address in large letters, to be projected in a room."""
+    shown = addresses.visitors_address(request)
+    return render(request, "address.html", {
+        "network_name": network_name(),
+        "address": shown,
+        "is_local": addresses.is_local(shown),
+        "code": addresses.qr_code(f"http://{shown}/"),
+    })
+
+
+def _file(folder, name, shown_name):
     try:
-        file = resources.open_offered(name)
+        file = folder.open(name)
     except OSError as error:
         raise Http404 from error
-    return FileResponse(file, as_attachment=True, filename=name)
+    return FileResponse(file, as_attachment=True, filename=shown_name)
 
 
-@require_POST
+@require_safe
+def download(_request, name):
+    """One offered file."""
+    return _file(resources.OFFERED, name, name)
+
+
+@require_http_methods(["GET", "HEAD", "POST"])
 @staff_member_required
 def upload(request):
     """Take new files into the folder of offered files; those that are there stay as they are."""
+    if request.method != "POST":  # a log-in that had run out leads here
+        return redirect("index")
     sent = request.FILES.getlist("fichiers")
-    if not sent:
+    if getattr(request, "disk_is_full", False):
+        messages.error(request, _DISK_IS_FULL)
+    elif not sent:
         messages.error(request, "Aucun fichier n'a été choisi.")
     for file in sent:
-        name = resources.clean_name(file.name)
-        if not name:
-            messages.error(request, f"Le nom « {file.name} » ne convient pas.")
-            continue
-        try:
-            resources.keep(name, file.chunks())
-            messages.success(request, f"« {name} » est maintenant proposé.")
-        except FileExistsError:
-            messages.error(request, f"Un fichier « {name} » existe déjà : il n'a pas été remplacé.")
-        except OSError as error:
-            messages.error(request, f"« {name} » n'a pas pu être enregistré ({error.strerror}).")
+        _offer(request, file)
     return redirect("index")
+
+
+def _offer(request, file):
+    name = resources.clean_name(file.name)
+    if not name:
+        messages.error(request, f"Le nom «\xa0{file.name}\xa0» ne convient pas.")
+        return
+    try:
+        resources.OFFERED.keep(name, file.chunks())
+        messages.success(request, f"«\xa0{name}\xa0» est maintenant proposé.")
+    except FileExistsError:
+        messages.error(request, f"Un fichier «\xa0{name}\xa0» existe déjà\xa0: il n'a pas été "
+                                "remplacé.")
+    except OSError as error:
+        messages.error(request, f"«\xa0{name}\xa0» n'a pas pu être enregistré\xa0: "
+                                f"{resources.cause(error)}.")
+
+
+@require_http_methods(["GET", "HEAD", "POST"])
+@staff_member_required
+def remove(request, name, folder, back):
+    """Remove a file of the folder, once it has been asked whether that is meant."""
+    if not folder.status(name):
+        raise Http404
+    if request.method != "POST":
+        return render(request, "remove.html", {"name": name, "back": back})
+    try:
+        folder.remove(name)
+        messages.success(request, f"«\xa0{name}\xa0» a été supprimé.")
+    except OSError as error:
+        messages.error(request, f"«\xa0{name}\xa0» n'a pas pu être supprimé\xa0: "
+                                f"{resources.cause(error)}.")
+    return redirect(back)
+
+
+@require_http_methods(["GET", "HEAD", "POST"])
+def hand_in(request):
+    """Take a file from a visitor without an account, where staff has opened that."""
+    if not handed_in.is_open():
+        return render(request, "hand_in_closed.html", status=403)
+    if request.method == "POST":
+        _receive(request)
+        return redirect("hand_in")
+    return render(request, "hand_in.html", {
+        "most_bytes": limits.HANDED_IN_FILE_BYTES, "sender_length": handed_in.SENDER_LENGTH,
+    })
+
+
+def _hand_in_limit(_request):
+    return limits.HANDED_IN_FILE_BYTES + settings.BODY_LIMIT if handed_in.is_open() else 0
+
+
+hand_in.body_limit = _hand_in_limit
+
+
+def _receive(request):
+    file = request.FILES.get("fichier")
+    if getattr(request, "disk_is_full", False):
+        messages.error(request, _DISK_IS_FULL)
+        return
+    if not file:
+        messages.error(request, "Aucun fichier n'a été choisi.")
+        return
+    try:
+        name = handed_in.receive(file, request.POST.get("nom", ""))
+        messages.success(request, f"«\xa0{name}\xa0» a bien été remis. Merci\xa0!")
+    except handed_in.Refused as reason:
+        messages.error(request, f"Ce fichier n'a pas été remis\xa0: {reason}.")
+    except OSError as error:
+        messages.error(request, f"Ce fichier n'a pas été remis\xa0: {resources.cause(error)}.")
+
+
+@require_http_methods(["GET", "HEAD", "POST"])
+@staff_member_required
+def open_hand_in(request):
+    """Open the handing in for visitors, or close it."""
+    if request.method == "POST":
+        try:
+            handed_in.set_open(request.POST.get("ouverte") == "oui")
+        except OSError as error:
+            messages.error(request, f"Rien n'a changé\xa0: {resources.cause(error)}.")
+    return redirect("index")
+
+
+@require_safe
+@staff_member_required
+def list_handed_in(request):
+    """What visitors have handed in, the latest first."""
+    files = [(name, status) for name in handed_in.FOLDER.names()
+             if (status := handed_in.FOLDER.status(name))]
+    files.sort(key=lambda file: file[1].st_mtime, reverse=True)
+    return render(request, "handed_in.html", {
+        "hand_in_is_open": handed_in.is_open(),
+        "files": [(name, *handed_in.parts(name), status.st_size,
+                   datetime.fromtimestamp(status.st_mtime, timezone.utc))
+                  for name, status in files],
+    })
+
+
+@require_safe
+@staff_member_required
+def download_handed_in(_request, name):
+    """One file that has been handed in."""
+    return _file(handed_in.FOLDER, name, name)

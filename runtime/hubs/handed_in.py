@@ -1,0 +1,80 @@
+"""Handing in: the files that visitors send without an account, where staff has opened it."""
+
+import fcntl
+import os
+from contextlib import contextmanager
+from itertools import count
+
+from . import limits, resources
+
+FOLDER = resources.Folder(limits.HANDED_IN_DIR, 0o600)
+
+# There while visitors may hand in; every process of the server sees it.
+_OPEN = limits.HANDED_IN_DIR / ".ouverte"
+
+# Stands between who sent a file and the file's name.
+_SEPARATOR = " — "
+SENDER_LENGTH = 40
+
+
+class Refused(Exception):
+    """Says in French why a file is not taken."""
+
+
+def is_open():
+    """Whether visitors may hand files in."""
+    return _OPEN.exists()
+
+
+def set_open(wanted):
+    """Open or close the handing in. Raises OSError if that cannot be written down."""
+    if wanted:
+        limits.HANDED_IN_DIR.mkdir(mode=0o700, exist_ok=True)
+        _OPEN.touch()
+    else:
+        _OPEN.unlink(missing_ok=True)
+
+
+def parts(name):
+    """Who sent a file of that name, empty if that is not known, and the name that it had."""
+    sender, _, file = name.rpartition(_SEPARATOR)
+    return sender, file
+
+
+@contextmanager
+def _locked():
+    descriptor = os.open(limits.HANDED_IN_DIR, os.O_RDONLY)
+    try:
+        fcntl.flock(descriptor, fcntl.LOCK_EX)
+        yield
+    finally:
+        os.close(descriptor)
+
+
+def _check_room(size):
+    sizes = [status.st_size for status in map(FOLDER.status, FOLDER.names()) if status]
+    if len(sizes) >= limits.HANDED_IN_FILES or sum(sizes) + size > limits.HANDED_IN_BYTES:
+        raise Refused("il n'y a plus de place pour d'autres fichiers, prévenez le responsable")
+
+
+def receive(file, sender):
+    """Keep an uploaded file under a name of its own, with the name of who sent it, if any.
+
+    Returns the name that it bears in the list. Raises Refused and OSError.
+    """
+    name = resources.clean_name(file.name).replace(_SEPARATOR, " - ")
+    if not name:
+        raise Refused("son nom ne convient pas")
+    if file.size > limits.HANDED_IN_FILE_BYTES:
+        raise Refused("il est trop gros")
+    sender = resources.clean_name(sender).replace(_SEPARATOR, " - ")[:SENDER_LENGTH].strip()
+    stem, extension = os.path.splitext(f"{sender}{_SEPARATOR}{name}" if sender else name)
+    with _locked():
+        _check_room(file.size)
+        for number in count(1):
+            taken = f"{stem} ({number}){extension}" if number > 1 else stem + extension
+            try:
+                FOLDER.keep(taken, file.chunks())
+                return parts(taken)[1]
+            except FileExistsError:
+                continue

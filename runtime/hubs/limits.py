@@ -1,0 +1,19 @@
+"""What may be sent to a network, and how often: every bound that an operator may want to change."""
+
+from django.conf import settings
+
+# Where the files are kept that visitors hand in: beside those that are offered, and seen by staff.
+HANDED_IN_DIR = settings.RESOURCES_DIR.parent / "depots"
+
+# The size of one file that is handed in, and the number and size of all of them
+HANDED_IN_FILE_BYTES = 100 * 2**20
+HANDED_IN_FILES = 300
+HANDED_IN_BYTES = 3 * 2**30
+
+# What stays free on the disk, whoever sends
+SPARE_BYTES = 500 * 2**20
+
+# Tries to log in to one account from one machine, and after how many seconds there are new ones.
+# Each process of a server counts for itself.
+LOGIN_TRIES = 5
+LOGIN_PAUSE = 60

@@ -1,0 +1,55 @@
+"""A network made from the template and served on a port of this machine, for the tests."""
+
+import os
+import signal
+import socket
+import subprocess
+import tempfile
+import time
+import unittest
+from pathlib import Path
+
+TEMPLATE = Path(__file__).resolve().parent.parent / "runtime"
+ENVIRONMENT = {**os.environ, "PATH": "/usr/bin:/bin", "PYTHONDONTWRITEBYTECODE": "1",
+               "DJANGO_SUPERUSER_PASSWORD": "un mot de passe"}
+
+
+class ServedNetworkTest(unittest.TestCase):
+    def setUp(self):
+        directory = tempfile.TemporaryDirectory()
+        self.addCleanup(directory.cleanup)
+        self.project = Path(directory.name) / "Atelier"
+        self.offered = self.project / "Atelier" / "ressources"
+        self.handed_in = self.project / "Atelier" / "depots"
+        self.run_in(directory.name, "django-admin", "startproject", "Atelier")
+        self.run_in(TEMPLATE, "cp", "-r", "settings.py", "urls.py", "hubs", "ressources",
+                    "templates", "static", self.project / "Atelier")
+
+    def run_in(self, directory, *command):
+        subprocess.run(command, cwd=directory, env=ENVIRONMENT, check=True,
+                       stdout=subprocess.DEVNULL)
+
+    def manage(self, *arguments):
+        self.run_in(self.project, "python3", "manage.py", *arguments)
+
+    def make_account(self):
+        self.manage("migrate", "--verbosity", "0")
+        self.manage("createsuperuser", "--no-input", "--username", "zoé", "--email", "z@localhost")
+
+    def start_server(self):
+        with socket.socket() as probe:
+            probe.bind(("127.0.0.1", 0))
+            self.port = probe.getsockname()[1]
+        server = subprocess.Popen(
+            ["python3", "manage.py", "runserver", f"127.0.0.1:{self.port}"], cwd=self.project,
+            env=ENVIRONMENT, start_new_session=True, stdout=subprocess.DEVNULL,
+            stderr=subprocess.DEVNULL)
+        self.addCleanup(server.wait)
+        self.addCleanup(os.killpg, server.pid, signal.SIGKILL)
+        deadline = time.monotonic() + 60
+        while time.monotonic() < deadline and server.poll() is None:
+            with socket.socket() as client:
+                if client.connect_ex(("127.0.0.1", self.port)) == 0:
+                    return
+            time.sleep(0.1)
+        self.fail("the server does not answer")

@@ -1,0 +1,157 @@
+#!/usr/bin/python3
+"""Uses a network's pages in Chromium as staff and visitors do, by keyboard where that is new.
+
+Saves a picture of each page in the directory that the variable PICTURES names, if any.
+"""
+
+import os
+import tempfile
+import unittest
+from pathlib import Path
+
+from selenium import webdriver
+from selenium.webdriver.chrome.service import Service
+from selenium.webdriver.common.by import By
+from selenium.webdriver.common.keys import Keys
+from selenium.webdriver.support.wait import WebDriverWait
+
+from served_network import ENVIRONMENT, ServedNetworkTest
+
+# The address at which visitors find the network; the browser is led to the test's server.
+ADDRESS = "192.0.2.10:8000"
+
+
+class PagesTest(ServedNetworkTest):
+    def start_browser(self):
+        home = tempfile.TemporaryDirectory()
+        self.addCleanup(home.cleanup)
+        self.downloads = Path(home.name)
+        options = webdriver.ChromeOptions()
+        for option in [
+                "headless=new", "no-sandbox", "disable-gpu", "disable-quic", "no-first-run",
+                "disable-background-networking", "disable-component-update", "disable-sync",
+                "disable-dev-shm-usage", "no-proxy-server", f"user-data-dir={home.name}/profile",
+                f"host-resolver-rules=MAP {ADDRESS} 127.0.0.1:{self.port}, MAP * ~NOTFOUND, "
+                "EXCLUDE 127.0.0.1"]:
+            options.add_argument(f"--{option}")
+        options.set_capability("goog:loggingPrefs", {"browser": "ALL"})
+        service = Service("/usr/bin/chromedriver", env={**ENVIRONMENT, "HOME": home.name})
+        self.browser = webdriver.Chrome(service=service, options=options)
+        self.addCleanup(self.browser.quit)
+
+    def resize(self, width):
+        self.browser.execute_cdp_cmd("Emulation.setDeviceMetricsOverride", {
+            "width": width, "height": 720, "deviceScaleFactor": 1, "mobile": False})
+
+    def look(self, name):
+        """Sees that the page fits, at two widths and with letters twice as large."""
+        sizes = [(1280, ""), (360, ""), (360, "200%")]
+        for width, letters in sizes:
+            self.resize(width)
+            self.browser.execute_script(f"document.documentElement.style.fontSize = '{letters}'")
+            wide = self.browser.execute_script("return document.documentElement.scrollWidth")
+            self.assertLessEqual(wide, width, f"{name} {letters}")
+            if "PICTURES" in os.environ and not letters:
+                self.browser.save_screenshot(f"{os.environ['PICTURES']}/{name}-{width}.png")
+        self.browser.execute_script("document.documentElement.style.fontSize = ''")
+        self.resize(1280)
+        self.assertEqual(self.browser.get_log("browser"), [], name)
+
+    def visit(self, path):
+        self.browser.get(f"http://{ADDRESS}{path}")
+
+    def shows(self, text):
+        WebDriverWait(self.browser, 60, 0.05, ignored_exceptions=[Exception]).until(
+            lambda browser: text in browser.find_element(By.TAG_NAME, "main").text, text)
+
+    def press(self, name):
+        """Reaches what bears the name by the Tab key and presses it."""
+        for _ in range(150):
+            webdriver.ActionChains(self.browser).send_keys(Keys.TAB).perform()
+            focused = self.browser.switch_to.active_element
+            if name in (focused.text, focused.accessible_name):
+                focused.send_keys(Keys.ENTER)
+                return
+        self.fail(f"the keyboard does not reach « {name} »")
+
+    def fill(self, label, text):
+        field = self.browser.find_element(By.XPATH, f"//label[starts-with(., '{label}')]")
+        self.browser.find_element(By.ID, field.get_attribute("for")).send_keys(str(text))
+
+    def test_pages(self):
+        for number in range(50):
+            (self.offered / f"Fiche {number:02}.pdf").write_bytes(b"%PDF")
+        (self.project / "nom.txt").write_text("Atelier de l'été", "utf-8")
+        lesson = self.project / "Leçon <1> & 2.txt"
+        lesson.write_text("La leçon", "utf-8")
+        self.make_account()
+        self.start_server()
+        self.start_browser()
+
+        self.visit("/")
+        self.shows("Bienvenue.txt")
+        self.look("page")
+        self.assertEqual(self.browser.get_cookies(), [])
+        self.press("Suivante")
+        self.shows("Page 2 sur 2")
+
+        self.press("Se connecter")
+        self.shows("Mot de passe")
+        self.look("connexion")
+        self.fill("Nom", "zoé")
+        self.fill("Mot de passe", "un mot de passe\n")
+        self.shows("Proposer des fichiers")
+        self.look("page-equipe")
+        self.fill("Fichiers", lesson)
+        self.press("Envoyer")
+        self.shows("« Leçon <1> & 2.txt » est maintenant proposé.")
+        self.visit("/?page=2")
+        self.press("Supprimer Leçon <1> & 2.txt")
+        self.shows("Il sera effacé")
+        self.look("supprimer")
+        self.press("Supprimer")
+        self.shows("a été supprimé.")
+        self.assertFalse((self.offered / lesson.name).exists())
+
+        self.press("Ouvrir la remise")
+        self.shows("Ouverte")
+        staff = self.browser.get_cookies()
+        self.browser.delete_all_cookies()
+        self.visit("/")
+        self.press("Remettre un fichier")
+        for _ in range(2):
+            self.shows("Seuls les responsables")
+            self.fill("Votre nom", "Léa Martin")
+            self.fill("Fichier", lesson)
+            self.press("Remettre")
+            self.shows("« Leçon <1> & 2")
+        self.look("remettre")
+        self.assertEqual((self.handed_in / "Léa Martin — Leçon <1> & 2 (2).txt").read_text("utf-8"),
+                         "La leçon")
+
+        self.browser.delete_all_cookies()
+        for cookie in staff:
+            self.browser.add_cookie(cookie)
+        self.visit("/remis/")
+        self.shows("Léa Martin, le ")
+        self.look("remis")
+        self.press("Supprimer Léa Martin — Leçon <1> & 2.txt")
+        self.press("Supprimer")
+        self.shows("a été supprimé.")
+        self.assertEqual(len(list(self.handed_in.glob("[!.]*"))), 1)
+
+        self.press("Adresse à projeter")
+        self.shows(f"http://{ADDRESS}")
+        self.look("adresse")
+        tall = self.browser.execute_script("return document.documentElement.scrollHeight")
+        code = self.browser.find_elements(By.CSS_SELECTOR, ".code svg")
+        self.assertEqual((tall, len(code)), (720, 1))
+        self.visit("/")
+        self.press("Se déconnecter")
+        self.shows("Fichiers proposés")
+        self.press("Se connecter")
+        self.shows("Mot de passe")
+
+
+if __name__ == "__main__":
+    unittest.main()
