@@ -1,0 +1,104 @@
+"""Serves the network, in place of Django's own command and with the same options."""
+
+import errno
+import signal
+import socket
+import sys
+import time
+
+from django.conf import settings
+from django.contrib.staticfiles.management.commands import runserver
+
+from ... import names, processes
+from ...mdns import Announcement
+from ...server import Server
+
+_REASONS = {
+    errno.EACCES: "vous n'avez pas le droit de servir à ce port.",
+    errno.EADDRNOTAVAIL: "cette adresse n'est pas, ou n'est plus, celle de cette machine.",
+}
+
+
+def _end_orderly(_number, _frame):
+    raise KeyboardInterrupt
+
+
+class Command(runserver.Command):
+    help = "Sert le réseau jusqu'à Ctrl+C."
+
+    def handle(self, *args, **options):
+        # What a machine without any network is started with.
+        if (options["addrport"] or "").startswith(":"):
+            options["addrport"] = self.default_addr + options["addrport"]
+        super().handle(*args, **options)
+
+    def say(self, text):
+        """Write for the operator, whose terminal may be gone."""
+        try:
+            self.stdout.write(text)
+            self.stdout.flush()
+        except OSError:
+            pass
+
+    def give_up(self, reason):
+        self.stderr.write(f"Le réseau n'est pas servi : {reason}")
+        sys.exit(1)
+
+    def run(self, **options):
+        """Serve at once, without Django's second process that restarts the first."""
+        for number in (signal.SIGINT, signal.SIGTERM, signal.SIGHUP):
+            signal.signal(number, _end_orderly)
+        announcement = None
+        try:
+            server = self.listen()
+            server.set_app(self.get_handler(**options))
+            self.check()
+            announcement = self.announce(server)
+            server.serve_forever()
+        except KeyboardInterrupt:
+            for number in (signal.SIGINT, signal.SIGTERM, signal.SIGHUP):
+                signal.signal(number, signal.SIG_IGN)
+            if announcement:
+                announcement.withdraw()
+            self.say("Le réseau est arrêté.")
+
+    def listen(self):
+        """Returns the server, which listens; ends this operator's network that is in its way."""
+        deadline = time.monotonic() + 15
+        while True:
+            try:
+                return Server((self.addr, int(self.port)), ipv6=self.use_ipv6)
+            except socket.gaierror:
+                self.give_up(f"« {self.addr} » n'est pas une adresse connue.")
+            except OSError as error:
+                if error.errno != errno.EADDRINUSE or time.monotonic() > deadline:
+                    self.give_up(_REASONS.get(error.errno, error.strerror))
+                self.make_room()
+
+    def make_room(self):
+        holder = processes.holder(self.addr, int(self.port))
+        if holder is None:
+            time.sleep(0.1)  # it has just gone, or cannot be seen: the deadline decides
+            return
+        if not holder.network:
+            self.give_up(f"le port {self.port} est pris par l'utilisateur « {holder.user} »"
+                         f" ({holder.program or 'programme inconnu'}).")
+        if holder.network == settings.BASE_DIR:
+            self.say("Ce réseau était déjà servi : il redémarre.")
+        else:
+            self.say(f"Le réseau « {names.display_name(holder.network)} » était servi :"
+                     " il est arrêté.")
+        processes.end(holder.network)
+
+    def announce(self, server):
+        address, port = server.server_address[:2]
+        self.say(f"Le réseau « {names.display_name()} » est servi. Pour l'arrêter : Ctrl+C.\n"
+                 f"Adresse à donner aux visiteurs : http://{self.shown(address)}:{port}/")
+        if self.use_ipv6 or address.startswith(("127.", "0.")):
+            return None
+        announcement = Announcement(address, port, names.display_name(), self.say)
+        announcement.start()
+        return announcement
+
+    def shown(self, address):
+        return f"[{address}]" if self.use_ipv6 else address

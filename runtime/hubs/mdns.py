@@ -1,0 +1,103 @@
+"""A network's names on the LAN, which phones and computers ask all machines for (mDNS)."""
+
+import logging
+import re
+import socket
+import threading
+import time
+
+from .names import unidecode
+
+_SHARED_NAME = "quorvale"
+_SECONDS_TO_WITHDRAW = 3
+
+
+def host_name(display_name):
+    """The first label of the network's own name: letters that every client can type."""
+    plain = re.sub("[^a-z0-9]+", "-", unidecode(display_name).lower())
+    return plain.strip("-")[:60].strip("-") or "reseau"
+
+
+def service_name(display_name):
+    """The display name as one label: without dots, of no more bytes than a label may have."""
+    return display_name.replace(".", " ").encode()[:60].decode(errors="ignore").strip()
+
+
+class Announcement:
+    """Answers for quorvale.local and a name of the network's own, and tells of its web service, on
+    the interface of one address. Says to the operator what visitors can type.
+    """
+
+    def __init__(self, address, port, display_name, say):
+        self._address, self._port, self._say = address, port, say
+        self._display_name = display_name
+        self._zeroconf = None
+        self._ends = False
+        self._thread = threading.Thread(target=self._run, daemon=True)
+
+    def start(self):
+        """Returns at once: names are settled within seconds, while visitors are served."""
+        self._thread.start()
+
+    def withdraw(self):
+        """Tell the LAN that the names are no more."""
+        self._ends = True
+        self._thread.join(_SECONDS_TO_WITHDRAW)
+        if self._zeroconf:
+            closing = threading.Thread(target=self._zeroconf.close, daemon=True)
+            closing.start()
+            closing.join(_SECONDS_TO_WITHDRAW)
+
+    def _run(self):
+        try:
+            import zeroconf
+        except ImportError:
+            self._say("Sans le paquet python3-zeroconf, le réseau n'a pas de nom en « .local ».")
+            return
+        logging.getLogger("zeroconf").setLevel(logging.CRITICAL)
+        try:
+            self._zeroconf = zeroconf.Zeroconf(interfaces=[self._address],
+                                               ip_version=zeroconf.IPVersion.V4Only)
+            self._register(zeroconf)
+        except (OSError, zeroconf.Error):
+            self._say("Ce réseau local ne porte pas les noms en « .local » : donnez l'adresse.")
+
+    def _register(self, zeroconf):
+        own = next(name for name in self._candidates() if not self._is_taken(zeroconf, name))
+        shared_is_taken = self._is_taken(zeroconf, _SHARED_NAME)
+        taken = [(own, "_http", service_name(self._display_name))]
+        if not shared_is_taken and own != _SHARED_NAME:
+            # A host name needs a service that it belongs to.
+            taken.append((_SHARED_NAME, "_quorvale", own))
+        for host, kind, instance in taken:
+            if self._ends:
+                return
+            self._zeroconf.register_service(zeroconf.ServiceInfo(
+                f"{kind}._tcp.local.", f"{instance}.{kind}._tcp.local.", port=self._port,
+                addresses=[socket.inet_aton(self._address)], server=f"{host}.local."),
+                allow_name_change=True)
+            self._say(f"Aussi : http://{host}.local:{self._port}/")
+        if shared_is_taken:
+            self._say("Un autre réseau a déjà le nom quorvale.local : il le garde.")
+
+    def _candidates(self):
+        name = host_name(self._display_name)
+        yield name
+        number = 2
+        while True:
+            yield f"{name}-{number}"
+            number += 1
+
+    def _is_taken(self, zeroconf, host):
+        """Whether another machine answers for the name, which is asked for three times."""
+        name = f"{host}.local."
+        for _ in range(3):
+            question = zeroconf.DNSOutgoing(0)  # a query
+            question.add_question(zeroconf.DNSQuestion(name, 1, 1))  # address, Internet
+            self._zeroconf.send(question)
+            time.sleep(0.25)
+            answers = self._zeroconf.cache.entries_with_name(name)
+            if any(getattr(answer, "address", None) not in (None, socket.inet_aton(self._address))
+                   for answer in answers):
+                return True
+        return False
