@@ -138,3 +138,6 @@ LOGGING = {
     "handlers": {"terminal": {"class": "logging.StreamHandler", "level": "ERROR"}},
     "root": {"handlers": ["terminal"]},
 }
+
+# Browsers ignore this header where there is no encryption, and complain of it.
+SECURE_CROSS_ORIGIN_OPENER_POLICY = None
