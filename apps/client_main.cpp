@@ -32,7 +32,7 @@ QPixmap search_picture() {
 
 /// Shows the splash and waits until it is really on the screen, two seconds at most.
 void show_at_once(QSplashScreen& splash) {
-    splash.show();
+    ApplicationSetup::show_first_window(splash);
     const QDeadlineTimer deadline(2000);
     while (!splash.windowHandle()->isExposed() && !deadline.hasExpired()) {
         QApplication::processEvents(QEventLoop::AllEvents, 50);
