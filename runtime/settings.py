@@ -48,8 +48,6 @@ ALLOWED_HOSTS = ["*"]
 # A local network has no certificates, so everything is plain HTTP: no HSTS (W004), no redirection
 # to HTTPS (W008), no cookies for HTTPS only (W012, W016).
 SILENCED_SYSTEM_CHECKS = ["security.W004", "security.W008", "security.W012", "security.W016"]
-# A header that browsers ignore on plain HTTP, and complain of
-SECURE_CROSS_ORIGIN_OPENER_POLICY = None
 
 # Networks of one machine share its address, so each has cookies of its own.
 _ascii_name = PACKAGE.encode("ascii", "ignore").decode()
