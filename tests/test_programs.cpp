@@ -118,6 +118,15 @@ private slots:
         QVERIFY(servers.waitForFinished());
     }
 
+    void misuse() {
+        for (const char* name : {"quorvale-django", "quorvale-new", "quorvale-stop"}) {
+            const Run misused =
+                run(program(name), {QStringLiteral("a"), QStringLiteral("b"), QString()});
+            QCOMPARE(misused.status, 2);
+            QVERIFY2(misused.err.startsWith(QByteArray("Usage : ") + name), name);
+        }
+    }
+
     void new_network() {
         const TestDirectory directory;
         place_template();
@@ -138,25 +147,30 @@ private slots:
         QTest::addColumn<QString>("before");
         QTest::addColumn<QByteArray>("reason");
         const QByteArray identifier = "identifiant Python";
-        const auto row = [](const char* label, const char* name, const char* before,
+        const auto row = [](const char* label, const char* name, const QByteArray& before,
                             const QByteArray& reason) {
             QTest::newRow(label) << QString::fromUtf8(name) << QString::fromUtf8(before) << reason;
         };
-        row("digit", "1a", "true", identifier);
         row("keyword", "class", "true", identifier);
-        row("accent", "École", "true", identifier);
-        row("shell", "a;touch b", "true", identifier);
-        row("empty", "", "true", identifier);
-        row("exists", "Forge", "touch Forge", "existe déjà");
         row("dangling link", "Forge", "ln -s nowhere Forge", "existe déjà");
         row("recorded", "Forge", "echo 'Forge|/d|' > networks.data", "déjà enregistré");
-        row("missing part", "Forge", "rm -r static", "« static »");
+        row("missing part", "Forge", "rm -r static", "manque ici");
+        row("part not copied", "Forge",
+            R"(printf '#!/bin/sh\n[ "$1" = urls.py ] || exec /usr/bin/cp "$@"\n' > bin/cp
+               chmod +x bin/cp)",
+            "n'a pas pu être copié");
+        const char* const parts = "settings.py urls.py hubs ressources templates static";
+        for (const char* folder : {"a b", "a;b"}) {
+            const QByteArray quoted = QByteArray("'") + folder + "'";
+            row(folder, "Forge",
+                "mkdir " + quoted + "; cp -r " + parts + " " + quoted + "; cd " + quoted,
+                "ne prendrait pas tel quel");
+        }
         row("taken by Python", "json", "true", "n'a pas pu être créé");
         row("no django-admin", "Forge",
-            "mkdir bin; printf '#!/bin/false\n' > bin/django-admin; "
+            "printf '#!/bin/false\n' > bin/django-admin; "
             "chmod +x bin/django-admin",
             "n'a pas pu être créé");
-        row("unwritable registry", "Forge", "mkdir networks.data", "n'a pas pu être enregistré");
     }
     void new_network_refused() {
         QFETCH(QString, name);
@@ -164,13 +178,13 @@ private slots:
         QFETCH(QByteArray, reason);
         const TestDirectory directory;
         place_template();
-        run(QStringLiteral("sh"), {QStringLiteral("-c"), before});
-        const QByteArray registry = directory.read(QStringLiteral("networks.data"));
-        const Run creation = run(program("quorvale-new"), {name});
+        const Run creation =
+            run(QStringLiteral("sh"),
+                {QStringLiteral("-c"), before + QStringLiteral("\nexec \"$0\" \"$1\""),
+                 program("quorvale-new"), name});
         QCOMPARE(creation.status, 1);
         QVERIFY2(creation.err.contains(reason), creation.err.constData());
-        QCOMPARE(directory.read(QStringLiteral("networks.data")), registry);
-        QVERIFY(!QFile::exists(QStringLiteral("b")));
+        QVERIFY(!directory.read(QStringLiteral("networks.data")).contains("/Forge|"));
     }
 };
 
