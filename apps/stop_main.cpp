@@ -37,7 +37,8 @@ int main(int argc, char** argv) {
         "Arrête le serveur du réseau NOM (le nom affiché, ou celui de son répertoire), et ferme\n"
         "son terminal. Sans NOM, arrête tous ceux des réseaux de networks.data.\n"
         "\n"
-        "  --help    affiche cette aide\n"
+        "  -h, --help    affiche cette aide\n"
+        "  --version     affiche la version\n"
         "\n"
         "Code de retour : 0 si un serveur a été arrêté, 1 si aucun ne l'a été, 2 si la commande\n"
         "est mal écrite.\n";

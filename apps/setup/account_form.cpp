@@ -99,8 +99,7 @@ RegisteredNetwork AccountForm::choose_network() {
     const std::vector<RegisteredNetwork> networks = registered_networks();
     if (networks.empty()) {
         show_failure(QStringLiteral(
-            "Il n'y a pas encore de réseau. Créez-en un d'abord : tapez quorvale-start, puis "
-            "« Creer un Nouveau Reseau »."));
+            "Il n'y a pas encore de réseau. Créez-en un d'abord : tapez quorvale-start new NOM."));
         return {};
     }
     if (networks.size() == 1) {
