@@ -16,9 +16,9 @@ _CAUSES = {
     errno.ENOSPC: "il n'y a plus assez de place sur le disque",
     errno.EDQUOT: "il n'y a plus assez de place sur le disque",
     errno.ENAMETOOLONG: "son nom est trop long",
-    errno.EACCES: "le dossier ne peut pas être modifié",
-    errno.EROFS: "le dossier ne peut pas être modifié",
-    errno.ENOENT: "le dossier ou le fichier n'existe plus",
+    errno.EACCES: "le répertoire ne peut pas être modifié",
+    errno.EROFS: "le répertoire ne peut pas être modifié",
+    errno.ENOENT: "le répertoire ou le fichier n'existe plus",
 }
 
 
