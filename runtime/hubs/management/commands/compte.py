@@ -22,7 +22,7 @@ PSEUDONYM_REFUSED = 4
 
 
 class Command(BaseCommand):
-    help = "Crée un compte ; son mot de passe est lu sur l'entrée standard"
+    help = "Crée un compte ; son mot de passe est lu sur l'entrée standard"
 
     def add_arguments(self, parser):
         parser.add_argument("role", choices=ROLES)
