@@ -1,55 +1,27 @@
 #include <QApplication>
-#include <QDeadlineTimer>
-#include <QPainter>
-#include <QPixmap>
-#include <QSplashScreen>
-#include <QWindow>
 #include <memory>
 
 #include "applicationsetup.h"
 #include "client/client_controls.h"
+#include "client/search_wait.h"
 #include "clientwindow.h"
 #include "usage.h"
 
 namespace {
 
-/// What stands on the screen while the search blocks the program: the search picture over its text.
-QPixmap search_picture() {
-    QPixmap picture(335, 400);
-    picture.fill(Qt::white);
-    QPainter painter(&picture);
-    painter.drawPixmap(0, 0, QPixmap(QStringLiteral("wifi.gif")));
-    QFont font = painter.font();
-    font.setPixelSize(18);
-    painter.setFont(font);
-    painter.setPen(Qt::blue);
-    painter.drawText(QRect(0, 335, 335, 65), Qt::AlignCenter,
-                     QStringLiteral("Recherche d'un Reseau disponible ..."));
-    painter.setPen(QColor(QStringLiteral("#3399ff")));
-    painter.drawRect(picture.rect().adjusted(0, 0, -1, -1));
-    return picture;
-}
-
-/// Shows the splash and waits until it is really on the screen, two seconds at most.
-void show_at_once(QSplashScreen& splash) {
-    ApplicationSetup::show_first_window(splash);
-    const QDeadlineTimer deadline(2000);
-    while (!splash.windowHandle()->isExposed() && !deadline.hasExpired()) {
-        QApplication::processEvents(QEventLoop::AllEvents, 50);
-    }
-    splash.repaint();
-    QApplication::processEvents();
+/// The window after its search, on the screen.
+std::unique_ptr<ClientWindow> searched_window() {
+    const SearchWait wait;
+    auto window = std::make_unique<ClientWindow>(nullptr);
+    ApplicationSetup::dress_window(*window);
+    ApplicationSetup::show_first_window(*window);
+    return window;
 }
 
 /// Searches until a window shows servers; null when the operator gives up.
 std::unique_ptr<ClientWindow> search() {
     for (;;) {
-        QSplashScreen splash(search_picture());
-        show_at_once(splash);
-        auto window = std::make_unique<ClientWindow>(nullptr);
-        ApplicationSetup::dress_window(*window);
-        window->show();
-        splash.finish(window.get());
+        auto window = searched_window();
         if (has_servers(*window)) {
             return window;
         }

@@ -1,0 +1,44 @@
+#include <sys/types.h>
+#include <unistd.h>
+
+#include <QApplication>
+#include <csignal>
+#include <fstream>
+#include <string>
+#include <string_view>
+
+#include "applicationsetup.h"
+#include "wait/wait_window.h"
+
+// Started by the client, see SearchWait. Without arguments it shows the wait, until it is killed;
+// status 0 says that the operator has closed it. "--end" ends what was started by the program that
+// this process has run before.
+
+namespace {
+
+/// Ends all children of a process, their own first. A process that is stopped starts no more.
+void end_children(pid_t parent) {
+    const std::string number = std::to_string(parent);
+    std::ifstream children("/proc/" + number + "/task/" + number + "/children");
+    for (pid_t child = 0; children >> child;) {
+        kill(child, SIGSTOP);
+        end_children(child);
+        kill(child, SIGKILL);
+    }
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    if (argc > 1 && std::string_view(argv[1]) == "--end") {
+        end_children(getpid());
+        return 0;
+    }
+    QCoreApplication::setApplicationName(QStringLiteral("quorvale-client"));  // whose window it is
+    const QApplication application(argc, argv);
+    const ApplicationSetup setup;
+    WaitWindow window;
+    ApplicationSetup::dress_window(window);
+    ApplicationSetup::show_first_window(window);
+    return QApplication::exec();
+}
