@@ -7,8 +7,10 @@ import tempfile
 import unittest
 from pathlib import Path
 
-PACKAGING = Path(__file__).resolve().parent.parent / "packaging"
+SOURCE = Path(__file__).resolve().parent.parent
+PACKAGING = SOURCE / "packaging"
 OLD = {"settings.py": "NETWORK_NAME = PACKAGE\n", "urls.py": "", "hubs/__init__.py": "",
+       "hubs/processes.py": (SOURCE / "runtime/hubs/processes.py").read_text(),
        "hubs/views.py": "page = 1\n", "templates/deux mots.html": "1", "static/a.css": "1",
        "networks.data": "", "ressources/Bienvenue.txt": "1"}
 NEW = {"settings.py": "NEW = True\n", "urls.py": "from .hubs.views import page\n",

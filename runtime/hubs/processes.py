@@ -1,11 +1,8 @@
-#!/usr/bin/python3
 """The networks that an operator serves on this machine, as the process list tells them.
 
 The server of a network is a process of the operator's own, "python3 manage.py runserver ...", whose
 working directory is the network's: it holds manage.py, and beside it the folder that has hubs. Under
-plain Django a network has two such processes.
-
-As a program: prints the number of each such process and its directory, with a tab between.
+plain Django a network has two such processes. Needs no Django.
 """
 
 import collections
@@ -132,8 +129,3 @@ def end(directory):
                     pass
         if all([_ended(process, 5) for process in servers]):
             return
-
-
-if __name__ == "__main__":
-    for found in networks():
-        print(*found, sep="\t")
