@@ -35,7 +35,7 @@ std::unique_ptr<ClientWindow> search() {
 
 int main(int argc, char** argv) {
     if (asked_for_help(argc, argv,
-                       "Usage : quorvale-client\n"
+                       "Usage : quorvale-client\n"
                        "\n"
                        "Cherche les serveurs Quorvale du réseau local et ouvre dans le navigateur "
                        "celui qu'on choisit.\n"

@@ -8,7 +8,7 @@
 int main(int argc, char** argv) {
     if (asked_for_help(
             argc, argv,
-            "Usage : quorvale-setup\n"
+            "Usage : quorvale-setup\n"
             "\n"
             "Affiche la fenêtre de configuration de Quorvale, qui ajoute des comptes à un "
             "réseau.\n"

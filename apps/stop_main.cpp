@@ -32,7 +32,7 @@ bool is_named(const RegisteredNetwork& network, const QString& name) {
 
 int main(int argc, char** argv) {
     const char* const help =
-        "Usage : quorvale-stop [NOM]\n"
+        "Usage : quorvale-stop [NOM]\n"
         "\n"
         "Arrête le serveur du réseau NOM (le nom affiché, ou celui de son répertoire), et ferme\n"
         "son terminal. Sans NOM, arrête tous ceux des réseaux de networks.data.\n"

@@ -1,15 +1,30 @@
 #pragma once
 
-#include <string>
+#include <QByteArray>
+#include <QString>
 
-/// Creates a network in the working directory, from the template there: the Django project NAME in
-/// the directory NAME, its line in "networks.data" (NAME and its absolute directory), and its
-/// database. Returns 0 when `manage.py` and every part of the template are in place, the network is
-/// recorded and its migrations have run, else 1 with one French line on standard error.
+#include "creation_status.h"
+
+/// What the operator says of a network that is to be created.
+struct NewNetwork {
+    QString name;             ///< display name: any text that is not blank
+    QString administrator{};  ///< pseudonym of its first administrator; empty for none
+    QByteArray password{};    ///< the administrator's
+};
+
+/// Returns why no network of that display name and directory can be created in the working
+/// directory, in French, or an empty text. Refused are: a blank name, a directory that exists, a
+/// name that is recorded, a registry that is no readable file, a missing or unreadable template
+/// file, a working directory whose name the shell would not take as it stands.
+QString creation_refusal(const QString& name, const QString& directory);
+
+/// Creates a network in the working directory, from the template there: the Django project in the
+/// directory that `directory_name` gives, its display name in "nom.txt", its database, the
+/// administrator's account and, last, its line in "networks.data".
 ///
-/// Refused before anything is created: a name that is not a Python identifier of ASCII letters,
-/// one that exists or is recorded, a registry that is no readable file, a missing or unreadable
-/// template file, a working directory whose name the shell would not take as it stands. What a
-/// failed command leaves behind is not removed. The commands' own complaints go to standard error.
-/// Blocks until they have ended.
-int create_and_record_network(const std::string& name);
+/// Returns `created_whole` with a French line on standard output that says what was made. On any
+/// failure, what was made is removed, and the reason is on standard error, in French: one line for
+/// `not_created`, the account command's own for the others. Complaints of the commands that
+/// were run come before it. Two calls at a time, from two programs, take turns. Blocks until the
+/// commands have ended.
+CreationStatus create_and_record_network(const NewNetwork& wanted);

@@ -7,7 +7,7 @@
 
 #include "hub_utilities.h"
 #include "network.h"
-#include "screen_pieces.h"
+#include "network_names.h"
 
 namespace {
 
@@ -19,8 +19,7 @@ QString display_name(const Network& network) {
             return name;
         }
     }
-    // In the registry, as on a button, a single "&" is doubled.
-    return latin1_text(network.name).replace(QStringLiteral("&&"), QStringLiteral("&"));
+    return shown_name(network.name);
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 #include <QProcess>
 #include <QtTest>
 
+#include "network_names.h"
 #include "test_directory.h"
 
 namespace {
@@ -20,6 +21,7 @@ struct Run {
 
 Run run(const QString& command, const QStringList& arguments) {
     QProcess process;
+    process.setStandardInputFile(QProcess::nullDevice());
     process.start(command, arguments);
     process.waitForFinished(-1);
     return {process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1,
@@ -67,7 +69,7 @@ private slots:
                                  "quorvale-new", "quorvale-stop"}) {
             const Run help = run(program(name), {QStringLiteral("--help")});
             QVERIFY2(help.status == 0 && help.err.isEmpty(), name);
-            QVERIFY2(help.out.startsWith(QByteArray("Usage : ") + name), name);
+            QVERIFY2(help.out.startsWith(QByteArray("Usage\u00a0: ") + name), name);
         }
     }
 
@@ -123,7 +125,7 @@ private slots:
             const Run misused =
                 run(program(name), {QStringLiteral("a"), QStringLiteral("b"), QString()});
             QCOMPARE(misused.status, 2);
-            QVERIFY2(misused.err.startsWith(QByteArray("Usage : ") + name), name);
+            QVERIFY2(misused.err.startsWith(QByteArray("Usage\u00a0: ") + name), name);
         }
     }
 
@@ -146,14 +148,14 @@ private slots:
         QTest::addColumn<QString>("name");
         QTest::addColumn<QString>("before");
         QTest::addColumn<QByteArray>("reason");
-        const QByteArray identifier = "identifiant Python";
         const auto row = [](const char* label, const char* name, const QByteArray& before,
                             const QByteArray& reason) {
             QTest::newRow(label) << QString::fromUtf8(name) << QString::fromUtf8(before) << reason;
         };
-        row("keyword", "class", "true", identifier);
+        row("blank", " ", "true", "donnez-lui un nom");
         row("dangling link", "Forge", "ln -s nowhere Forge", "existe déjà");
-        row("recorded", "Forge", "echo 'Forge|/d|' > networks.data", "déjà enregistré");
+        row("recorded", "Été & Cœur", "printf '\\311t\\351 && Coeur|/d|' > networks.data",
+            "déjà enregistré");
         row("missing part", "Forge", "rm -r static", "manque ici");
         row("part not copied", "Forge",
             R"(printf '#!/bin/sh\n[ "$1" = urls.py ] || exec /usr/bin/cp "$@"\n' > bin/cp
@@ -166,12 +168,14 @@ private slots:
                 "mkdir " + quoted + "; cp -r " + parts + " " + quoted + "; cd " + quoted,
                 "ne prendrait pas tel quel");
         }
-        row("taken by Python", "json", "true", "n'a pas pu être créé");
+        row("no database", "Forge", "echo 1/0 >> settings.py", "base de données");
+        row("no account", "Forge", "rm hubs/management/commands/compte.py", "administrateur");
         row("no django-admin", "Forge",
             "printf '#!/bin/false\n' > bin/django-admin; "
             "chmod +x bin/django-admin",
             "n'a pas pu être créé");
     }
+    /// Nothing is left of what was made.
     void new_network_refused() {
         QFETCH(QString, name);
         QFETCH(QString, before);
@@ -180,11 +184,53 @@ private slots:
         place_template();
         const Run creation =
             run(QStringLiteral("sh"),
-                {QStringLiteral("-c"), before + QStringLiteral("\nexec \"$0\" \"$1\""),
+                {QStringLiteral("-c"),
+                 before + QStringLiteral("\nfiles=$(ls -A); \"$0\" --admin anne \"$1\"; status=$?\n"
+                                         "[ \"$(ls -A)\" = \"$files\" ] && exit $status"),
                  program("quorvale-new"), name});
         QCOMPARE(creation.status, 1);
         QVERIFY2(creation.err.contains(reason), creation.err.constData());
         QVERIFY(!directory.read(QStringLiteral("networks.data")).contains("/Forge|"));
+    }
+
+    void derived_names() {
+        const TestDirectory directory;
+        place_template();
+        const QSet<QString> taken = python_names();
+        const char* const rows[][3] = {
+            {"L'été & Cœur  n°3|", "L_ete_Coeur_n_3", "L'\351t\351 && Coeur n\2603"},
+            {"1er étage", "Reseau_1er_etage", "1er \351tage"},
+            {"-h;touch b", "h_touch_b", "-h;touch b"},
+            {"Łódź…", "Lodz", "L\363dz..."},
+            {"***", "Reseau", "***"},
+            {"json", "json_reseau", "json"},
+            {"class", "class_reseau", "class"},
+            {"django", "django_reseau", "django"},
+        };
+        for (const auto& [display, name, recorded] : rows) {
+            QCOMPARE(directory_name(QString::fromUtf8(display), taken), QString::fromUtf8(name));
+            QCOMPARE(registry_name(QString::fromUtf8(display)), std::string(recorded));
+        }
+    }
+
+    /// With accents, and with the reasons why the administrator is refused.
+    void new_network_with_administrator() {
+        const TestDirectory directory;
+        place_template();
+        const auto create = [](const char* pseudonym, const char* password) {
+            return run(
+                QStringLiteral("sh"),
+                {QStringLiteral("-c"), QStringLiteral("echo \"$0\" | \"$@\""),
+                 QString::fromLatin1(password), program("quorvale-new"), QStringLiteral("--admin"),
+                 QString::fromLatin1(pseudonym), QStringLiteral("Été")});
+        };
+        QCOMPARE(create("anne", "court").status, 3);
+        QCOMPARE(create("anne/", "Tres-Long-77").status, 4);
+        const Run creation = create("-h", "Tres-Long-77");
+        QVERIFY2(creation.status == 0 && creation.err.isEmpty(), creation.err.constData());
+        QCOMPARE(directory.read(QStringLiteral("Ete/nom.txt")), QByteArray("Été\n"));
+        QCOMPARE(directory.read(QStringLiteral("networks.data")),
+                 "\311t\351|" + QDir::currentPath().toUtf8() + "/Ete|\n");
     }
 };
 

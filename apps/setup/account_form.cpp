@@ -11,18 +11,11 @@
 #include <QPushButton>
 #include <QVBoxLayout>
 
+#include "creation_status.h"
 #include "field_errors.h"
 #include "setupwindow.h"
 
 namespace {
-
-/// How the project's command `compte` ends.
-enum AccountStatus {
-    account_made = 0,
-    account_failed = 1,
-    password_refused = 3,
-    pseudonym_refused = 4
-};
 
 /// What the command calls the roles, in the order of the list.
 const char* const roles[] = {"super", "standard", "invite"};
@@ -99,7 +92,8 @@ RegisteredNetwork AccountForm::choose_network() {
     const std::vector<RegisteredNetwork> networks = registered_networks();
     if (networks.empty()) {
         show_failure(QStringLiteral(
-            "Il n'y a pas encore de réseau. Créez-en un d'abord : tapez quorvale-start new NOM."));
+            "Il n'y a pas encore de réseau. Créez-en un d'abord : lancez Quorvale et cliquez sur "
+            "« + Creer un Nouveau Reseau »."));
         return {};
     }
     if (networks.size() == 1) {
@@ -132,14 +126,14 @@ void AccountForm::make_account(const RegisteredNetwork& network) {
     connect(command, &QProcess::errorOccurred, this, [=](QProcess::ProcessError error) {
         if (error == QProcess::FailedToStart) {
             command->deleteLater();
-            end(network, account_failed, QStringLiteral("python3 n'a pas pu être lancé."));
+            end(network, not_created, QStringLiteral("python3 n'a pas pu être lancé."));
         }
     });
     connect(command, QOverload<int, QProcess::ExitStatus>::of(&QProcess::finished), this,
             [=](int status, QProcess::ExitStatus how) {
                 const QString said = QString::fromUtf8(command->readAllStandardError()).trimmed();
                 command->deleteLater();
-                end(network, how == QProcess::NormalExit ? status : account_failed, said);
+                end(network, how == QProcess::NormalExit ? status : not_created, said);
             });
     set_busy(true);
     command->start(QStringLiteral("python3"),
@@ -153,7 +147,7 @@ void AccountForm::make_account(const RegisteredNetwork& network) {
 void AccountForm::end(const RegisteredNetwork& network, int status, const QString& said) {
     set_busy(false);
     switch (status) {
-        case account_made:
+        case created_whole:
             show_result(QStringLiteral("Le compte « %1 » est ajouté au réseau « %2 ».")
                             .arg(fields[pseudonym]->text().trimmed(), network.name),
                         "#1b5e20");

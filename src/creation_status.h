@@ -1,0 +1,10 @@
+#pragma once
+
+/// How the making of a network or of an account ends: the exit status of `quorvale-new` and of a
+/// project's command `compte`.
+enum CreationStatus {
+    created_whole = 0,
+    not_created = 1,
+    password_refused = 3,
+    pseudonym_refused = 4,
+};

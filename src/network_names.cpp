@@ -1,0 +1,69 @@
+#include "network_names.h"
+
+#include <QProcess>
+#include <QRegularExpression>
+#include <QStringList>
+
+#include "screen_pieces.h"
+
+namespace {
+
+QByteArray output_of_python(const QStringList& arguments) {
+    QProcess python;
+    python.start(QStringLiteral("python3"), arguments);
+    if (!python.waitForFinished() || python.exitCode() != 0) {
+        return {};
+    }
+    return python.readAllStandardOutput();
+}
+
+/// The text in plain letters, as far as it has some.
+QString without_accents(QString text) {
+    // Letters that are no composition of a plain one and a mark.
+    const std::pair<QString, QString> letters[] = {
+        {QStringLiteral("œ"), QStringLiteral("oe")}, {QStringLiteral("Œ"), QStringLiteral("Oe")},
+        {QStringLiteral("æ"), QStringLiteral("ae")}, {QStringLiteral("Æ"), QStringLiteral("Ae")},
+        {QStringLiteral("ß"), QStringLiteral("ss")}, {QStringLiteral("ø"), QStringLiteral("o")},
+        {QStringLiteral("Ø"), QStringLiteral("O")},  {QStringLiteral("ł"), QStringLiteral("l")},
+        {QStringLiteral("Ł"), QStringLiteral("L")}};
+    for (const auto& [letter, plain] : letters) {
+        text.replace(letter, plain);
+    }
+    static const QRegularExpression mark(QStringLiteral(R"(\p{Mn})"));
+    return text.normalized(QString::NormalizationForm_KD).remove(mark);
+}
+
+}  // namespace
+
+QSet<QString> python_names() {
+    const QString program = QStringLiteral(
+        "import keyword, pkgutil, sys; sys.path.remove(''); print(*keyword.kwlist, "
+        "*sys.stdlib_module_names, *(module.name for module in pkgutil.iter_modules()))");
+    const QStringList names = QString::fromUtf8(output_of_python({QStringLiteral("-c"), program}))
+                                  .simplified()
+                                  .split(QLatin1Char(' '), Qt::SkipEmptyParts);
+    return {names.begin(), names.end()};
+}
+
+QString directory_name(const QString& display_name, const QSet<QString>& taken) {
+    static const QRegularExpression others(QStringLiteral("[^A-Za-z0-9]+"));
+    const int longest = 60;
+    QString name = without_accents(display_name).replace(others, QStringLiteral(" "));
+    name = name.simplified().left(longest).trimmed().replace(QLatin1Char(' '), QLatin1Char('_'));
+    if (name.isEmpty()) {
+        name = QStringLiteral("Reseau");
+    } else if (name.at(0).isDigit()) {
+        name.prepend(QStringLiteral("Reseau_"));
+    }
+    return taken.contains(name) ? name + QStringLiteral("_reseau") : name;
+}
+
+std::string registry_name(const QString& display_name) {
+    QByteArray name = output_of_python({QStringLiteral("hubs/names.py"), display_name});
+    name.replace('|', ' ');
+    return name.simplified().replace('&', "&&").toStdString();
+}
+
+QString shown_name(const std::string& registry_name) {
+    return latin1_text(registry_name).replace(QStringLiteral("&&"), QStringLiteral("&"));
+}
