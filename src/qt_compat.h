@@ -1,6 +1,7 @@
 #pragma once
 
-#include <QtGlobal>
+#include <QLibraryInfo>
+#include <QString>
 
 #if QT_VERSION_MAJOR < 6
 #include <QTextCodec>
@@ -13,5 +14,14 @@
 inline void use_utf8_locale_codec() {
 #if QT_VERSION_MAJOR < 6
     QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8"));
+#endif
+}
+
+/// The directory of the translations that Qt brings.
+inline QString qt_translations_directory() {
+#if QT_VERSION_MAJOR < 6
+    return QLibraryInfo::location(QLibraryInfo::TranslationsPath);
+#else
+    return QLibraryInfo::path(QLibraryInfo::TranslationsPath);
 #endif
 }

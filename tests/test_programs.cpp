@@ -66,7 +66,7 @@ private slots:
 
     void help() {
         for (const char* name : {"quorvale-client", "quorvale-setup", "quorvale-django",
-                                 "quorvale-new", "quorvale-stop"}) {
+                                 "quorvale-new", "quorvale-stop", "quorvale-desk"}) {
             const Run help = run(program(name), {QStringLiteral("--help")});
             QVERIFY2(help.status == 0 && help.err.isEmpty(), name);
             QVERIFY2(help.out.startsWith(QByteArray("Usage\u00a0: ") + name), name);

@@ -1,0 +1,139 @@
+#include "creation_form.h"
+
+#include <QApplication>
+#include <QDir>
+#include <QLabel>
+#include <QLineEdit>
+#include <QProcess>
+#include <QPushButton>
+#include <QVBoxLayout>
+
+#include "field_errors.h"
+#include "network_creation.h"
+#include "network_names.h"
+#include "networkselectionwindow.h"
+#include "screen_pieces.h"
+
+CreationForm::CreationForm(NetworkSelectionWindow& shown)
+    : QObject(&shown), window(shown), taken_names(python_names()) {
+    window.clean_screen();
+    window.new_network_mode();
+    fields = window.findChildren<QLineEdit*>().toVector();
+    save_button = window.findChild<QPushButton*>();
+    back_link = window.findChild<QLabel*>();
+    add_progress();
+
+    fields[name]->setMaxLength(100);
+    fields[path]->setReadOnly(true);
+    fields[path]->setFocusPolicy(Qt::ClickFocus);
+    fields[password]->setEchoMode(QLineEdit::Password);
+    fields[confirmation]->setEchoMode(QLineEdit::Password);
+    fields[name]->setFocus();
+    save_button->setDefault(true);
+    back_link->setTextInteractionFlags(Qt::LinksAccessibleByMouse | Qt::LinksAccessibleByKeyboard);
+
+    connect(fields[name], &QLineEdit::textChanged, this, &CreationForm::show_path);
+    connect(save_button, &QPushButton::clicked, this, &CreationForm::save);
+    connect(back_link, &QLabel::linkActivated, this, &CreationForm::left);
+}
+
+void CreationForm::add_progress() {
+    progress = new QLabel;
+    progress->setAlignment(Qt::AlignCenter);
+    progress->setStyleSheet(QStringLiteral("color:#0b3c66;font-weight:bold;"));
+    qobject_cast<QVBoxLayout*>(window.layout())->addWidget(progress);
+}
+
+void CreationForm::show_path() {
+    const QString typed = fields[name]->text().simplified();
+    fields[path]->setText(
+        typed.isEmpty() ? QString() : QDir::current().filePath(directory_name(typed, taken_names)));
+    fields[path]->setToolTip(fields[path]->text());
+}
+
+void CreationForm::refuse(Field field, const QString& reason) {
+    refused = true;
+    refuse_field(*fields[field], reason);
+    fields[field]->selectAll();
+}
+
+bool CreationForm::check() {
+    refused = false;
+    accept_fields(*save_button->parentWidget());
+    const QString typed = fields[name]->text().simplified();
+    const QString reason = creation_refusal(typed, directory_name(typed, taken_names));
+    if (!reason.isEmpty()) {
+        refuse(name, reason.left(1).toUpper() + reason.mid(1));
+    }
+    if (fields[pseudonym]->text().trimmed().isEmpty()) {
+        refuse(pseudonym, QStringLiteral("Donnez un pseudo à l'administrateur."));
+    }
+    if (fields[password]->text().isEmpty()) {
+        refuse(password, QStringLiteral("Donnez-lui un mot de passe."));
+    } else if (fields[password]->text() != fields[confirmation]->text()) {
+        refuse(confirmation, QStringLiteral("Les deux mots de passe ne sont pas les mêmes."));
+    }
+    return !refused;
+}
+
+void CreationForm::save() {
+    if (check()) {
+        set_busy(true);
+        create();
+    }
+}
+
+void CreationForm::set_busy(bool busy) {
+    // A window closed meanwhile does not end the program before the creation.
+    QApplication::setQuitOnLastWindowClosed(!busy);
+    save_button->parentWidget()->setEnabled(!busy);
+    back_link->setEnabled(!busy);
+    progress->setText(busy ? QStringLiteral("Création en cours… Cela prend quelques secondes.")
+                           : QString());
+    if (busy) {
+        window.setCursor(Qt::BusyCursor);
+    } else {
+        window.unsetCursor();
+    }
+}
+
+void CreationForm::create() {
+    auto* creation = new QProcess(this);
+    connect(creation, &QProcess::errorOccurred, this, [this](QProcess::ProcessError error) {
+        if (error == QProcess::FailedToStart) {
+            end_creation(not_created, QStringLiteral("quorvale-new n'a pas démarré."));
+        }
+    });
+    connect(creation, QOverload<int, QProcess::ExitStatus>::of(&QProcess::finished), this,
+            [this, creation](int status, QProcess::ExitStatus how) {
+                const QString said = QString::fromUtf8(creation->readAllStandardError()).trimmed();
+                creation->deleteLater();
+                end_creation(how == QProcess::NormalExit ? status : not_created, said);
+            });
+    creation->start(QCoreApplication::applicationDirPath() + QStringLiteral("/quorvale-new"),
+                    {QStringLiteral("--admin"), fields[pseudonym]->text().trimmed(),
+                     fields[name]->text().simplified()});
+    creation->write(fields[password]->text().toUtf8() + '\n');
+    creation->closeWriteChannel();
+}
+
+void CreationForm::end_creation(int status, const QString& said) {
+    set_busy(false);
+    if (!window.isVisible()) {
+        QCoreApplication::quit();
+        return;
+    }
+    switch (status) {
+        case created_whole:
+            emit created(latin1_text(registry_name(fields[name]->text().simplified())));
+            return;
+        case password_refused:
+            refuse(password, said);
+            return;
+        case pseudonym_refused:
+            refuse(pseudonym, said);
+            return;
+        default:  // its last line, without the network's name before it
+            refuse(name, said.section(QLatin1Char('\n'), -1).section(QStringLiteral(" » : "), 1));
+    }
+}

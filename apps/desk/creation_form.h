@@ -1,0 +1,47 @@
+#pragma once
+
+#include <QObject>
+#include <QSet>
+#include <QVector>
+
+class NetworkSelectionWindow;
+class QLabel;
+class QLineEdit;
+class QPushButton;
+class QWidget;
+
+/// Makes the new-network form of a window work: shows it, checks what is typed, and has
+/// `quorvale-new`, from beside this program, create the network while the window goes on. Belongs
+/// to the window.
+class CreationForm : public QObject {
+    Q_OBJECT
+
+public:
+    /// Replaces the window's screen by the form.
+    explicit CreationForm(NetworkSelectionWindow& window);
+
+signals:
+    void left();
+    /// The network stands in the registry under that name, its bytes as Latin-1 characters.
+    void created(const QString& registered_name);
+
+private:
+    enum Field { name, path, pseudonym, password, confirmation };
+
+    void add_progress();
+    void show_path();
+    void save();
+    bool check();
+    void refuse(Field field, const QString& reason);
+    void create();
+    void end_creation(int status, const QString& said);
+    void set_busy(bool busy);
+
+    NetworkSelectionWindow& window;
+    QVector<QLineEdit*> fields;
+    QLabel* progress = nullptr;
+    QPushButton* save_button = nullptr;
+    QLabel* back_link = nullptr;
+    QSet<QString> taken_names;
+    bool refused = false;
+};

@@ -1,0 +1,263 @@
+#include "desk.h"
+
+#include <QApplication>
+#include <QKeyEvent>
+#include <QLabel>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QSignalMapper>
+#include <QVBoxLayout>
+#include <algorithm>
+
+#include "applicationsetup.h"
+#include "creation_form.h"
+#include "hub_utilities.h"
+#include "network_names.h"
+#include "open_url.h"
+#include "screen_pieces.h"
+#include "server_processes.h"
+#include "start_failure.h"
+
+namespace {
+
+/// The button of that text on the window's screen, or null.
+QPushButton* find_button(const QWidget& window, const QString& text) {
+    for (auto* button : window.findChildren<QPushButton*>()) {
+        if (button->text() == text) {
+            return button;
+        }
+    }
+    return nullptr;
+}
+
+QPushButton* stop_button(const QWidget& window) {
+    return find_button(window, QStringLiteral("Arreter le Serveur"));
+}
+
+QList<QPushButton*> network_buttons(const QWidget& window) {
+    QList<QPushButton*> buttons = window.findChildren<QPushButton*>();
+    buttons.erase(std::remove_if(buttons.begin(), buttons.end(),
+                                 [](const QPushButton* button) {
+                                     return button->property("class") != QStringLiteral("net-btn");
+                                 }),
+                  buttons.end());
+    return buttons;
+}
+
+}  // namespace
+
+Desk::Desk() : starting(QStringLiteral("start.lock")) {
+    starting.setStaleLockTime(0);  // only a dead program's lock is taken over
+    connect(&marking, &QTimer::timeout, this, &Desk::mark_running);
+}
+
+Desk::~Desk() = default;
+
+void Desk::new_window() {
+    auto next = std::make_unique<NetworkSelectionWindow>(nullptr);
+    ApplicationSetup::dress_window(*next);
+    if (window) {
+        next->move(window->pos());
+    }
+    // Before the last one goes: the program ends with its last window.
+    ApplicationSetup::show_first_window(*next);
+    if (window) {
+        window->hide();
+        window->setEnabled(false);        // for a second click that is on its way
+        window.release()->deleteLater();  // one of its widgets may be sending a signal
+    }
+    window = std::move(next);
+}
+
+void Desk::read_networks() {
+    std::vector<Network*> read;
+    read_hub_networks(&read);
+    networks.clear();
+    for (Network* network : read) {
+        networks.emplace_back(network);
+    }
+}
+
+void Desk::show_home(const QString& focused_network) {
+    delete watch;
+    starting.unlock();
+    chosen = nullptr;
+    new_window();
+    read_networks();
+    wire_home();
+    const QList<QPushButton*> buttons = network_buttons(*window);
+    for (auto button = buttons.rbegin(); button != buttons.rend(); ++button) {
+        if ((*button)->text() == focused_network || *button == buttons.first()) {
+            (*button)->setFocus();
+            break;
+        }
+    }
+    mark_running();
+    marking.start(2000);
+}
+
+void Desk::wire_home() {
+    for (auto* label : window->findChildren<QLabel*>()) {
+        if (label->text().contains(QStringLiteral("+ Creer un Nouveau Reseau"))) {
+            form_label = label;
+        }
+    }
+    form_label->setFocusPolicy(Qt::StrongFocus);
+    form_label->setCursor(Qt::PointingHandCursor);
+    form_label->setStyleSheet(
+        QStringLiteral("QLabel { border: 2px solid transparent; }"
+                       "QLabel:focus { border-color: #0b3c66; border-radius: 4px; }"));
+    form_label->setAccessibleName(QStringLiteral("Créer un nouveau réseau"));
+    form_label->installEventFilter(this);
+    if (networks.empty()) {
+        auto* hint = new QLabel(QStringLiteral(
+            "Aucun réseau pour l'instant : créez le premier en cliquant ci-dessus."));
+        hint->setWordWrap(true);
+        form_label->parentWidget()->layout()->addWidget(hint);
+    }
+    // The desk looks first whether the network can be started, then calls the window's slot.
+    auto* mapper = window->findChild<QSignalMapper*>();
+    mapper->disconnect(window.get());
+    connect(mapper, &QSignalMapper::mappedInt, this, &Desk::choose, Qt::QueuedConnection);
+}
+
+void Desk::mark_running() {
+    const QString mark = QStringLiteral("   ● en marche");
+    const QList<QPushButton*> buttons = network_buttons(*window);
+    for (int i = 0; i < buttons.size() && i < static_cast<int>(networks.size()); ++i) {
+        const Network& network = *networks[static_cast<std::size_t>(i)];
+        const QString name = latin1_text(network.name);
+        const bool runs = !find_server_processes(network.path).empty();
+        buttons[i]->setText(runs ? name + mark : name);
+    }
+}
+
+bool Desk::eventFilter(QObject* object, QEvent* event) {
+    bool opens = false;
+    if (event->type() == QEvent::MouseButtonRelease) {
+        opens = static_cast<QMouseEvent*>(event)->button() == Qt::LeftButton;
+    } else if (event->type() == QEvent::KeyPress) {
+        const int key = static_cast<QKeyEvent*>(event)->key();
+        opens = key == Qt::Key_Return || key == Qt::Key_Enter || key == Qt::Key_Space;
+    }
+    if (!opens) {
+        return QObject::eventFilter(object, event);
+    }
+    // The label, which is handling the event, goes with the home screen.
+    object->removeEventFilter(this);
+    QTimer::singleShot(0, this, &Desk::show_form);
+    return true;
+}
+
+void Desk::show_form() {
+    marking.stop();
+    auto* form = new CreationForm(*window);
+    connect(form, &CreationForm::left, this, [this] { show_home({}); });
+    connect(form, &CreationForm::created, this, &Desk::show_home);
+}
+
+void Desk::choose(int n) {
+    if (chosen != nullptr) {
+        return;  // by the first of two clicks
+    }
+    chosen = networks[static_cast<std::size_t>(n)].get();
+    const QString reason = obstacle(*chosen);
+    if (!reason.isEmpty()) {
+        say(reason);
+        chosen = nullptr;
+        return;
+    }
+    marking.stop();
+    if (!find_server_processes(chosen->path).empty()) {
+        window->clean_screen();
+        window->loading_mode();
+        watch_start();
+        return;
+    }
+    start(n);
+    wire_ready_screen();
+    watch_start();
+}
+
+QString Desk::obstacle(const Network& network) {
+    if (!has_project(network)) {
+        return project_missing(network);
+    }
+    if (!starting.tryLock() && starting.error() == QLockFile::LockFailedError) {
+        return QStringLiteral("Une autre fenêtre démarre un réseau. Attendez qu'elle ait fini.");
+    }
+    return {};
+}
+
+void Desk::start(int n) {
+    for (const auto& network : networks) {
+        if (!find_server_processes(network->path).empty()) {
+            stop_server(network->path);  // they all have the one address
+        }
+    }
+    // What is clicked while the window is blocked is not meant for the screen that comes after.
+    window->setEnabled(false);
+    QMetaObject::invokeMethod(window.get(), "fuck_tho", Q_ARG(int, n));
+    QApplication::processEvents();
+    window->setEnabled(true);
+}
+
+void Desk::watch_start() {
+    watch = new StartWatch(*chosen, this);
+    connect(watch, &StartWatch::answered, this, &Desk::finish_start);
+    connect(watch, &StartWatch::gave_up, this, &Desk::report_failure);
+}
+
+void Desk::finish_start() {
+    watch->deleteLater();
+    starting.unlock();
+    if (stop_button(*window) != nullptr) {
+        return;  // the window has done the rest
+    }
+    window->clean_screen();
+    open_url(latin1_text("http://" + getIp() + ":8000"));
+    Network network(*chosen);
+    window->network_started_mode(&network);
+    wire_ready_screen();
+}
+
+void Desk::report_failure() {
+    watch->deleteLater();
+    if (!window->isVisible()) {
+        return;
+    }
+    QApplication::setOverrideCursor(Qt::BusyCursor);
+    const QString reason = start_failure(*chosen);
+    QApplication::restoreOverrideCursor();
+    say(reason);
+    show_home(latin1_text(chosen->name));
+}
+
+void Desk::wire_ready_screen() {
+    QPushButton* stop = stop_button(*window);
+    if (stop == nullptr) {
+        return;
+    }
+    connect(stop, &QPushButton::clicked, this, &Desk::stop_server_and_leave);
+    connect(find_button(*window, QStringLiteral("Acceder a mon Espace")), &QPushButton::clicked,
+            this, [] { open_url(latin1_text("http://" + getIp() + ":8000")); });
+}
+
+void Desk::stop_server_and_leave() {
+    if (chosen == nullptr) {
+        return;  // stopped by the first of two clicks
+    }
+    QApplication::setOverrideCursor(Qt::BusyCursor);
+    const bool stopped = stop_server(chosen->path);
+    QApplication::restoreOverrideCursor();
+    if (!stopped) {
+        say(QStringLiteral("Son serveur n'a pas pu être arrêté. Fermez son terminal."));
+    }
+    show_home(latin1_text(chosen->name));
+}
+
+void Desk::say(const QString& text) {
+    QMessageBox::warning(window.get(), QStringLiteral("Quorvale"),
+                         QStringLiteral("Le réseau « %1 » : ").arg(shown_name(chosen->name)) +
+                             QStringLiteral("\n\n") + text);
+}

@@ -1,0 +1,96 @@
+#include "start_failure.h"
+
+#include <pwd.h>
+
+#include <QFile>
+#include <QProcess>
+#include <QRegularExpression>
+#include <QStandardPaths>
+
+#include "hub_utilities.h"
+#include "network.h"
+#include "server_processes.h"
+
+namespace {
+
+QString user_name(uid_t user) {
+    const passwd* entry = getpwuid(user);
+    return entry != nullptr ? QString::fromLocal8Bit(entry->pw_name) : QString::number(user);
+}
+
+/// Who listens on the port of the networks, beside this machine's own loopback; empty when nobody
+/// does or it cannot be told.
+QString port_holder() {
+    QProcess sockets;
+    sockets.start(QStringLiteral("ss"), {QStringLiteral("-Hltnpe"), QStringLiteral("sport = :8000"),
+                                         QStringLiteral("and not src 127.0.0.0/8")});
+    if (!sockets.waitForFinished(5000)) {
+        return {};
+    }
+    const QString listed = QString::fromLocal8Bit(sockets.readAllStandardOutput());
+    if (listed.isEmpty()) {
+        return {};
+    }
+    // The program is told of the operator's own only, the user of all but root.
+    static const QRegularExpression program(QStringLiteral(R"re(users:\(\("([^"]+)",pid=(\d+))re"));
+    const auto own = program.match(listed);
+    if (own.hasMatch()) {
+        return QStringLiteral("votre programme « %1 » (numéro %2)")
+            .arg(own.captured(1), own.captured(2));
+    }
+    static const QRegularExpression uid(QStringLiteral(R"(uid:(\d+))"));
+    return QStringLiteral("un programme de l'utilisateur « %1 »")
+        .arg(user_name(uid.match(listed).captured(1).toUInt()));
+}
+
+/// The last line that Django says of a project which it cannot load, or an empty text.
+QString django_complaint(const QString& directory) {
+    QProcess check;
+    check.setWorkingDirectory(directory);
+    check.start(QStringLiteral("python3"), {QStringLiteral("manage.py"), QStringLiteral("check")});
+    if (!check.waitForFinished(20'000) || check.exitCode() == 0) {
+        return {};
+    }
+    const QString said = QString::fromUtf8(check.readAllStandardError()).trimmed();
+    return said.section(QLatin1Char('\n'), -1).left(300);
+}
+
+}  // namespace
+
+bool has_project(const Network& network) {
+    return QFile::exists(QFile::decodeName(network.path.c_str()) + QStringLiteral("/manage.py"));
+}
+
+QString project_missing(const Network& network) {
+    return QStringLiteral("Son répertoire, %1, n'existe plus ou ne contient pas de réseau.")
+        .arg(QFile::decodeName(network.path.c_str()));
+}
+
+QString start_failure(const Network& network) {
+    if (!has_project(network)) {
+        return project_missing(network);
+    }
+    const std::string address = getIp();
+    if (address.empty()) {
+        return QStringLiteral(
+            "Cette machine n'a pas d'adresse sur le réseau : vérifiez son câble ou son Wi-Fi.");
+    }
+    if (QStandardPaths::findExecutable(QStringLiteral("gnome-terminal")).isEmpty()) {
+        return QStringLiteral("Le terminal, gnome-terminal, n'est pas installé.");
+    }
+    if (!find_server_processes(network.path).empty()) {
+        return QStringLiteral("Il a démarré, mais ne répond pas à l'adresse http://%1:8000.")
+            .arg(QString::fromStdString(address));
+    }
+    const QString holder = port_holder();
+    if (!holder.isEmpty()) {
+        return QStringLiteral(
+                   "Le port 8000 de cette machine est déjà pris, par %1. Arrêtez-le d'abord.")
+            .arg(holder);
+    }
+    const QString complaint = django_complaint(QFile::decodeName(network.path.c_str()));
+    if (!complaint.isEmpty()) {
+        return QStringLiteral("Django ne peut pas le charger : ") + complaint;
+    }
+    return QStringLiteral("Regardez ce que dit son terminal.");
+}

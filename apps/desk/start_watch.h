@@ -1,0 +1,33 @@
+#pragma once
+
+#include <QDeadlineTimer>
+#include <QNetworkAccessManager>
+#include <QTimer>
+
+#include "network.h"
+
+class QNetworkReply;
+
+/// Looks whether the server of a network answers at this machine's address with the network's
+/// name, until it does or half a minute has gone. Sends one signal, once.
+class StartWatch : public QObject {
+    Q_OBJECT
+
+public:
+    /// Watches from now on. The network is copied.
+    StartWatch(const Network& network, QObject* parent);
+
+signals:
+    void answered();
+    void gave_up();
+
+private:
+    void look();
+    void judge(QNetworkReply& reply);
+    bool is_its_name(const QByteArray& name) const;
+
+    const Network network;
+    QNetworkAccessManager web;
+    QTimer timer;
+    const QDeadlineTimer deadline;
+};
