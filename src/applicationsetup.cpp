@@ -3,6 +3,7 @@
 #include <QApplication>
 #include <QIcon>
 #include <QLocale>
+#include <QPalette>
 #include <QWidget>
 
 #include "qt_compat.h"
@@ -11,6 +12,7 @@ ApplicationSetup::ApplicationSetup()
     : style_file(QStringLiteral("style.qss")), languages(QLocale::system().uiLanguages()) {
     use_utf8_locale_codec();
     apply_style_sheet();
+    darken_links();
     install_translation();
 }
 
@@ -41,6 +43,12 @@ void ApplicationSetup::apply_style_sheet() {
     const QByteArray style_sheet = style_file.readAll();
     // With its size: fromLatin1(QByteArray) of Qt 5 ends at a NUL byte.
     qApp->setStyleSheet(QString(QLatin1String(style_sheet.constData(), style_sheet.size())));
+}
+
+void ApplicationSetup::darken_links() {
+    QPalette palette;
+    palette.setColor(QPalette::Link, Qt::blue);
+    QApplication::setPalette(palette);
 }
 
 void ApplicationSetup::install_translation() {

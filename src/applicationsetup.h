@@ -27,6 +27,8 @@ public:
 
 private:
     void apply_style_sheet();
+    /// A dark theme's light links would be lost on the white pages, which no style sheet can mend.
+    static void darken_links();
     void install_translation();
 
     QFile style_file;
