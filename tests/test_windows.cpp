@@ -183,6 +183,29 @@ private slots:
         }
     }
 
+    void eight_whole_names() {
+        const ProductDirectory directory;
+        const ProductStyle style;
+        const QFont system_font = QApplication::font();
+        for (const char* family : {"Noto Sans", "DejaVu Sans"}) {
+            QApplication::setFont(QFont(QString::fromLatin1(family)));
+            int rows_of_text[2] = {};
+            for (const int count : {1, 8}) {
+                directory.write(QStringLiteral("networks.data"),
+                                QByteArray("\xc9gypte|/d|\n").repeated(count));
+                const auto window = screen(QStringLiteral("home"));
+                window->show();
+                const QImage look = button(*window, count - 1)->grab().toImage();
+                for (int y = 0; y < look.height(); ++y) {
+                    const QImage row = look.copy(look.width() / 4, y, look.width() / 2, 1);
+                    rows_of_text[count / 8] += row != row.copy(0, 0, 1, 1).scaled(row.size());
+                }
+            }
+            QCOMPARE(rows_of_text[1], rows_of_text[0]);
+        }
+        QApplication::setFont(system_font);
+    }
+
     void states_of_a_button() {
         const ProductDirectory directory;
         const ProductStyle style;
