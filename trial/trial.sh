@@ -51,9 +51,10 @@ close_window() {
     xdotool key Escape
 }
 
-# Clicks on the button of a window: TITLE, NUMBER from 1.
+# Clicks on the button of a window, once it is shown and in front: TITLE, NUMBER from 1.
 click() {
     local x y
+    to_front "$1" >/dev/null
     read -r x y < <("$here/screen_content" "$1" | awk -F '\t' -v number="$2" \
         '$1 ~ /button/ && ++seen == number {print $2, $3}')
     xdotool mousemove "$x" "$y" click 1
