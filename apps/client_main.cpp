@@ -5,6 +5,7 @@
 #include "client/client_controls.h"
 #include "client/search_wait.h"
 #include "clientwindow.h"
+#include "french_texts.h"
 #include "usage.h"
 
 namespace {
@@ -46,6 +47,7 @@ int main(int argc, char** argv) {
     }
     const QApplication application(argc, argv);
     const ApplicationSetup setup;
+    use_french_texts();
     const std::unique_ptr<ClientWindow> window = search();
     if (!window) {
         return 0;

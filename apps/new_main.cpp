@@ -72,6 +72,7 @@ int main(int argc, char** argv) {
         return 0;
     }
     use_utf8_locale_codec();
+    qputenv("PYTHONUTF8", "1");  // what Python is given is UTF-8, whatever the session's encoding
     const QCoreApplication application(argc, argv);
     std::optional<NewNetwork> wanted = wanted_network(QCoreApplication::arguments());
     if (!wanted) {

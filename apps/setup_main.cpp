@@ -1,6 +1,7 @@
 #include <QApplication>
 
 #include "applicationsetup.h"
+#include "french_texts.h"
 #include "setup/account_form.h"
 #include "setupwindow.h"
 #include "usage.h"
@@ -19,6 +20,7 @@ int main(int argc, char** argv) {
     }
     const QApplication application(argc, argv);
     const ApplicationSetup setup;
+    use_french_texts();
     SetupWindow window(nullptr);
     new AccountForm(window);
     ApplicationSetup::dress_window(window);

@@ -4,10 +4,10 @@
 #include <QDir>
 #include <QLabel>
 #include <QLineEdit>
-#include <QProcess>
 #include <QPushButton>
 #include <QVBoxLayout>
 
+#include "background_command.h"
 #include "field_errors.h"
 #include "network_creation.h"
 #include "network_names.h"
@@ -98,23 +98,12 @@ void CreationForm::set_busy(bool busy) {
 }
 
 void CreationForm::create() {
-    auto* creation = new QProcess(this);
-    connect(creation, &QProcess::errorOccurred, this, [this](QProcess::ProcessError error) {
-        if (error == QProcess::FailedToStart) {
-            end_creation(not_created, QStringLiteral("quorvale-new n'a pas démarré."));
-        }
-    });
-    connect(creation, QOverload<int, QProcess::ExitStatus>::of(&QProcess::finished), this,
-            [this, creation](int status, QProcess::ExitStatus how) {
-                const QString said = QString::fromUtf8(creation->readAllStandardError()).trimmed();
-                creation->deleteLater();
-                end_creation(how == QProcess::NormalExit ? status : not_created, said);
-            });
-    creation->start(QCoreApplication::applicationDirPath() + QStringLiteral("/quorvale-new"),
-                    {QStringLiteral("--admin"), fields[pseudonym]->text().trimmed(),
-                     fields[name]->text().simplified()});
-    creation->write(fields[password]->text().toUtf8() + '\n');
-    creation->closeWriteChannel();
+    run_in_background(*this,
+                      {QCoreApplication::applicationDirPath() + QStringLiteral("/quorvale-new"),
+                       QStringLiteral("--admin"), fields[pseudonym]->text().trimmed(),
+                       fields[name]->text().simplified()},
+                      QDir::currentPath(), fields[password]->text().toUtf8(),
+                      [this](int status, const QString& said) { end_creation(status, said); });
 }
 
 void CreationForm::end_creation(int status, const QString& said) {
@@ -134,6 +123,6 @@ void CreationForm::end_creation(int status, const QString& said) {
             refuse(pseudonym, said);
             return;
         default:  // its last line, without the network's name before it
-            refuse(name, said.section(QLatin1Char('\n'), -1).section(QStringLiteral(" » : "), 1));
+            refuse(name, said.section(QLatin1Char('\n'), -1).section(QStringLiteral(" » : "), -1));
     }
 }

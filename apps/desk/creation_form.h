@@ -8,7 +8,6 @@ class NetworkSelectionWindow;
 class QLabel;
 class QLineEdit;
 class QPushButton;
-class QWidget;
 
 /// Makes the new-network form of a window work: shows it, checks what is typed, and has
 /// `quorvale-new`, from beside this program, create the network while the window goes on. Belongs
@@ -18,7 +17,7 @@ class CreationForm : public QObject {
 
 public:
     /// Replaces the window's screen by the form.
-    explicit CreationForm(NetworkSelectionWindow& window);
+    explicit CreationForm(NetworkSelectionWindow& shown);
 
 signals:
     void left();

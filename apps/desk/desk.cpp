@@ -44,6 +44,10 @@ QList<QPushButton*> network_buttons(const QWidget& window) {
     return buttons;
 }
 
+void open_page() {
+    open_url(latin1_text("http://" + getIp() + ":8000"));
+}
+
 }  // namespace
 
 Desk::Desk() : starting(QStringLiteral("start.lock")) {
@@ -79,8 +83,7 @@ void Desk::read_networks() {
 }
 
 void Desk::show_home(const QString& focused_network) {
-    delete watch;
-    starting.unlock();
+    end_watch();
     chosen = nullptr;
     new_window();
     read_networks();
@@ -208,21 +211,28 @@ void Desk::watch_start() {
     connect(watch, &StartWatch::gave_up, this, &Desk::report_failure);
 }
 
-void Desk::finish_start() {
-    watch->deleteLater();
+void Desk::end_watch() {
+    if (watch) {
+        watch->disconnect(this);
+        watch->deleteLater();  // it may be sending its signal
+    }
     starting.unlock();
+}
+
+void Desk::finish_start() {
+    end_watch();
     if (stop_button(*window) != nullptr) {
         return;  // the window has done the rest
     }
     window->clean_screen();
-    open_url(latin1_text("http://" + getIp() + ":8000"));
+    open_page();
     Network network(*chosen);
     window->network_started_mode(&network);
     wire_ready_screen();
 }
 
 void Desk::report_failure() {
-    watch->deleteLater();
+    end_watch();
     if (!window->isVisible()) {
         return;
     }
@@ -240,7 +250,7 @@ void Desk::wire_ready_screen() {
     }
     connect(stop, &QPushButton::clicked, this, &Desk::stop_server_and_leave);
     connect(find_button(*window, QStringLiteral("Acceder a mon Espace")), &QPushButton::clicked,
-            this, [] { open_url(latin1_text("http://" + getIp() + ":8000")); });
+            this, &open_page);
 }
 
 void Desk::stop_server_and_leave() {

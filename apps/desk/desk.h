@@ -12,7 +12,6 @@
 #include "start_watch.h"
 
 class QLabel;
-class QPushButton;
 
 /// The operator's desk: the network selection window with an action behind every control. The
 /// window builds its screens as ever; the desk finds the widgets on them and connects them. Where
@@ -45,6 +44,8 @@ private:
     QString obstacle(const Network& network);
     void start(int n);
     void watch_start();
+    /// The start has come to its end, or is given up.
+    void end_watch();
     void finish_start();
     void report_failure();
     void wire_ready_screen();

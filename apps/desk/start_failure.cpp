@@ -6,6 +6,7 @@
 #include <QProcess>
 #include <QRegularExpression>
 #include <QStandardPaths>
+#include <algorithm>
 
 #include "hub_utilities.h"
 #include "network.h"
@@ -43,6 +44,23 @@ QString port_holder() {
         .arg(user_name(uid.match(listed).captured(1).toUInt()));
 }
 
+/// Whether a terminal can be opened. The command among our tools, which is always there, opens that
+/// of the desktop where gnome-terminal is missing.
+bool has_terminal() {
+    QStringList directories = qEnvironmentVariable("PATH").split(QLatin1Char(':'));
+    directories.erase(
+        std::remove_if(directories.begin(), directories.end(),
+                       [](const QString& directory) {
+                           return QFile::exists(directory + QStringLiteral("/bare_path"));
+                       }),
+        directories.end());
+    const QStringList terminals = {QStringLiteral("gnome-terminal"),
+                                   QStringLiteral("x-terminal-emulator")};
+    return std::any_of(terminals.begin(), terminals.end(), [&directories](const QString& terminal) {
+        return !QStandardPaths::findExecutable(terminal, directories).isEmpty();
+    });
+}
+
 /// The last line that Django says of a project which it cannot load, or an empty text.
 QString django_complaint(const QString& directory) {
     QProcess check;
@@ -75,7 +93,7 @@ QString start_failure(const Network& network) {
         return QStringLiteral(
             "Cette machine n'a pas d'adresse sur le réseau : vérifiez son câble ou son Wi-Fi.");
     }
-    if (QStandardPaths::findExecutable(QStringLiteral("gnome-terminal")).isEmpty()) {
+    if (!has_terminal()) {
         return QStringLiteral("Le terminal, gnome-terminal, n'est pas installé.");
     }
     if (!find_server_processes(network.path).empty()) {

@@ -15,7 +15,7 @@ class StartWatch : public QObject {
 
 public:
     /// Watches from now on. The network is copied.
-    StartWatch(const Network& network, QObject* parent);
+    StartWatch(const Network& watched, QObject* parent);
 
 signals:
     void answered();

@@ -6,11 +6,11 @@
 #include <QInputDialog>
 #include <QLabel>
 #include <QLineEdit>
-#include <QProcess>
 #include <QProcessEnvironment>
 #include <QPushButton>
 #include <QVBoxLayout>
 
+#include "background_command.h"
 #include "creation_status.h"
 #include "field_errors.h"
 #include "setupwindow.h"
@@ -118,30 +118,14 @@ RegisteredNetwork AccountForm::choose_network() {
 }
 
 void AccountForm::make_account(const RegisteredNetwork& network) {
-    auto* command = new QProcess(this);
-    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    environment.insert(QStringLiteral("PYTHONUTF8"), QStringLiteral("1"));
-    command->setProcessEnvironment(environment);
-    command->setWorkingDirectory(project_of(network).absolutePath());
-    connect(command, &QProcess::errorOccurred, this, [=](QProcess::ProcessError error) {
-        if (error == QProcess::FailedToStart) {
-            command->deleteLater();
-            end(network, not_created, QStringLiteral("python3 n'a pas pu être lancé."));
-        }
-    });
-    connect(command, QOverload<int, QProcess::ExitStatus>::of(&QProcess::finished), this,
-            [=](int status, QProcess::ExitStatus how) {
-                const QString said = QString::fromUtf8(command->readAllStandardError()).trimmed();
-                command->deleteLater();
-                end(network, how == QProcess::NormalExit ? status : not_created, said);
-            });
     set_busy(true);
-    command->start(QStringLiteral("python3"),
-                   {QStringLiteral("manage.py"), QStringLiteral("compte"),
-                    QString::fromLatin1(roles[role->currentIndex()]), QStringLiteral("--"),
-                    fields[pseudonym]->text().trimmed(), fields[name]->text().simplified()});
-    command->write(fields[password]->text().toUtf8() + '\n');
-    command->closeWriteChannel();
+    run_in_background(
+        *this,
+        {QStringLiteral("python3"), QStringLiteral("manage.py"), QStringLiteral("compte"),
+         QString::fromLatin1(roles[role->currentIndex()]), QStringLiteral("--"),
+         fields[pseudonym]->text().trimmed(), fields[name]->text().simplified()},
+        project_of(network).absolutePath(), fields[password]->text().toUtf8(),
+        [=](int status, const QString& said) { end(network, status, said); });
 }
 
 void AccountForm::end(const RegisteredNetwork& network, int status, const QString& said) {

@@ -1,0 +1,29 @@
+#include "background_command.h"
+
+#include <QFileInfo>
+#include <QProcess>
+
+void run_in_background(QObject& owner, const QStringList& command, const QString& directory,
+                       const QByteArray& line, const CommandEnd& ended) {
+    auto* process = new QProcess(&owner);
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(QStringLiteral("PYTHONUTF8"), QStringLiteral("1"));
+    process->setProcessEnvironment(environment);
+    process->setWorkingDirectory(directory);
+    const QString name = QFileInfo(command.first()).fileName();
+    QObject::connect(process, &QProcess::errorOccurred, &owner, [=](QProcess::ProcessError error) {
+        if (error == QProcess::FailedToStart) {
+            process->deleteLater();
+            ended(1, QStringLiteral("%1 n'a pas pu être lancé.").arg(name));
+        }
+    });
+    QObject::connect(process, QOverload<int, QProcess::ExitStatus>::of(&QProcess::finished), &owner,
+                     [=](int status, QProcess::ExitStatus how) {
+                         process->deleteLater();
+                         ended(how == QProcess::NormalExit ? status : 1,
+                               QString::fromUtf8(process->readAllStandardError()).trimmed());
+                     });
+    process->start(command.first(), command.mid(1));
+    process->write(line + '\n');
+    process->closeWriteChannel();
+}
