@@ -12,6 +12,7 @@
 
 #include "hub_utilities.h"
 #include "network.h"
+#include "network_names.h"
 #include "registry_writer.h"
 #include "test_directory.h"
 
@@ -66,11 +67,14 @@ private slots:
             {R"(printf 'ab\0cd\nef\n')", "abef"},           // a NUL hides the rest of its line
             {"printf '\\0%0200d' 0", QByteArray(74, '0')},  // or of its piece of a long line
             {"no-such-command 2>&-", ""},
+            {"printf x; exec >&-; sleep 0.2; touch ended", "x"},
         };
+        const TestDirectory directory;
         for (const auto& [command, output] : rows) {
             const std::string actual = exec_cmd(command.toStdString());
             QCOMPARE(command + "\n" + QByteArray::fromStdString(actual), command + "\n" + output);
         }
+        QVERIFY(QFile::exists(QStringLiteral("ended")));
     }
 
     void command_that_cannot_start() {
@@ -128,6 +132,9 @@ private slots:
         QCOMPARE(complaints.size(), 3);
         QVERIFY(complaints[0].startsWith("networks.data, ligne 2 "));
         QVERIFY(complaints[1].startsWith("networks.data, ligne 3 "));
+        QFile::remove(QStringLiteral("networks.data"));
+        QCOMPARE(output_of([&networks] { read_hub_networks(&networks); }).err,
+                 QByteArray("Impossible d'ouvrir le fichier JSON.\n"));
     }
 
     void recording() {
@@ -182,6 +189,54 @@ private slots:
         QCOMPARE(directory.read(QStringLiteral("networks.data")), before);
         QCOMPARE(QDir().entryList(QDir::Files | QDir::Hidden),
                  QStringList(QStringLiteral("networks.data")));
+    }
+
+    void running_check() {
+        const QByteArray others =
+            "me 7 0.0 python3 manage.py runserver\nme 8 0.1 ls /Tesquin\n"
+            "me 41 0.0 sh -c ps aux |grep Tesquin|grep runserver|awk\n";
+        const QByteArray server = "me 52 0.1 bash -c cd /srv/Tesquin/a && python3 x runserver\n";
+        const struct {
+            QByteArray processes;
+            int running;
+            QByteArray found;
+        } rows[] = {
+            {"", 0, ""},
+            {others, 0, "41\n"},
+            {others + server, 1, "41\n52\n"},
+            {server + others + server, 1, "52\n41\n52\n"},
+        };
+        const TestDirectory directory;
+        directory.fake_command(QStringLiteral("ps"), "[ \"$*\" = aux ] && cat processes");
+        for (const auto& row : rows) {
+            directory.write(QStringLiteral("processes"), row.processes);
+            QCOMPARE(Network().is_launched(), row.running);
+            QCOMPARE(directory.read(QStringLiteral("net_hub_tmp.lo")), row.found);
+        }
+        // The answer stays the same where the file cannot be written.
+        QFile::remove(QStringLiteral("net_hub_tmp.lo"));
+        QDir().mkdir(QStringLiteral("net_hub_tmp.lo"));
+        QCOMPARE(Network().is_launched(), 1);
+    }
+
+    void names_of_a_network() {
+        const TestDirectory directory;
+        QFile::link(QStringLiteral(SOURCE_DIR "/runtime/hubs"), QStringLiteral("hubs"));
+        const QSet<QString> taken = python_names();
+        const char* const rows[][3] = {
+            {"L'été & Cœur  n°3|", "L_ete_Coeur_n_3", "L'\351t\351 && Coeur n\2603"},
+            {"1er étage", "Reseau_1er_etage", "1er \351tage"},
+            {"-h;touch b", "h_touch_b", "-h;touch b"},
+            {"Łódź…", "Lodz", "L\363dz..."},
+            {"***", "Reseau", "***"},
+            {"json", "json_reseau", "json"},
+            {"class", "class_reseau", "class"},
+            {"django", "django_reseau", "django"},
+        };
+        for (const auto& [display, name, recorded] : rows) {
+            QCOMPARE(directory_name(QString::fromUtf8(display), taken), QString::fromUtf8(name));
+            QCOMPARE(registry_name(QString::fromUtf8(display)), std::string(recorded));
+        }
     }
 
     void discovery() {

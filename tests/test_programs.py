@@ -1,0 +1,162 @@
+#!/usr/bin/python3
+"""Usage: test_programs.py PROGRAMS. Calls the programs as an operator does, with fake commands."""
+
+import os
+import shutil
+import subprocess
+import sys
+import tempfile
+import unittest
+from pathlib import Path
+
+RUNTIME = Path(__file__).resolve().parent.parent / "runtime"
+PROGRAMS = Path(sys.argv.pop())
+PARTS = ("settings.py", "urls.py", "hubs", "ressources", "templates", "static")
+LAUNCH = "cd {} && python3 manage.py runserver 10.0.0.7:8000 ; exec bash"
+
+
+class Programs(unittest.TestCase):
+    def setUp(self, folder="Tesquin"):
+        directory = tempfile.TemporaryDirectory()
+        self.addCleanup(directory.cleanup)
+        self.work = Path(directory.name, folder).resolve()
+        (self.work / "bin").mkdir(parents=True)
+        self.environment = {**os.environ, "PATH": f"{self.work}/bin:/usr/bin:/bin"}
+
+    def start(self, *command):
+        process = subprocess.Popen(command, cwd=self.work, env=self.environment, text=True,
+                                   start_new_session=True, stdin=subprocess.PIPE,
+                                   stdout=subprocess.PIPE)
+        self.addCleanup(process.communicate)
+        self.addCleanup(subprocess.run, ("pkill", "-KILL", "-s", str(process.pid)))
+        return process
+
+    def fake(self, command, script):
+        path = self.work / "bin" / command
+        path.write_text(f"#!/bin/sh\n{script}\n")
+        path.chmod(0o755)
+
+    def program(self, name, *arguments, typed=""):
+        """The program's status, its output and its errors, when it and all it started have ended."""
+        done = subprocess.run([PROGRAMS / f"quorvale-{name}", *arguments], cwd=self.work, text=True,
+                              env=self.environment, input=typed, capture_output=True)
+        return done.returncode, done.stdout, done.stderr
+
+    def test_usage(self):
+        for name in ("client", "setup", "django", "new", "stop", "desk"):
+            status, out, err = self.program(name, "--help")
+            self.assertEqual((status, err), (0, ""))
+            self.assertRegex(out, rf"\AUsage\u00a0: quorvale-{name}\b")
+            self.assertRegex(self.program(name, "--version")[1], r"\AQuorvale [0-9.]+\n\Z")
+        for name in ("django", "new", "stop"):
+            status, out, err = self.program(name, "a", "b", "")
+            self.assertEqual((status, out, err[:5]), (2, "", "Usage"))
+
+    def test_start_up_order(self):
+        self.fake("xdg-open", 'echo "$*" >asked')
+        os.mkfifo(self.work / "networks.data")
+        os.mkfifo(self.work / "asked")
+        process = self.start(PROGRAMS / "quorvale")
+        # The program waits for the registry's first line: no window is there yet.
+        self.assertEqual((self.work / "asked").read_text(), "quorvale.local:8000\n")
+        (self.work / "networks.data").write_text("A|/d/a|\n")
+        self.assertEqual(process.stdout.readline(), "A|/d/a|\n")
+        self.assertIsNone(process.poll())
+
+    def test_django(self):
+        self.fake("gnome-terminal", "printf '%s|' $$ \"$@\" >called")
+        status, out, err = self.program("django", "/a b")
+        pid, call = (self.work / "called").read_text().split("|", 1)
+        self.assertEqual(call, "--|bash|-c|cd /a b && python3 manage.py runserver; exec bash|")
+        said = f"Le serveur Django a été lancé dans un nouveau terminal (PID {pid}).\n"
+        self.assertEqual((status, out, err), (0, said, ""))
+        self.environment["PATH"] = "/nowhere"
+        status, out, err = self.program("django", "/a")
+        self.assertEqual((status, out.count("\n"), err),
+                         (0, 1, "Erreur : impossible de lancer le terminal.\n"))
+
+    def serve(self, name, before="", launch=LAUNCH):
+        project = self.work / name
+        project.mkdir(exist_ok=True)
+        # Django's server is two processes.
+        (project / "manage.py").write_text(
+            f"import os, signal, time\n{before}\nos.fork()\nprint(flush=True)\ntime.sleep(60)\n")
+        terminal = self.start("bash", "-c", launch.format(project))
+        self.assertEqual(terminal.stdout.readline() + terminal.stdout.readline(), "\n\n")
+        return terminal
+
+    def stops(self, out, err, *names):
+        self.assertEqual(self.program("stop", *names), (0 if out else 1, out, err))
+
+    def test_stop(self):
+        terminal = self.serve("a")
+        migration = self.serve("a", launch="cd {} && exec python3 manage.py migrate")
+        shell = self.serve("b", launch="cd {} && python3 manage.py runserver; exec cat")
+        deaf = self.serve("deaf", "for s in 2, 15: signal.signal(s, signal.SIG_IGN)")
+        (self.work / "link").symlink_to("a")
+        (self.work / "a/nom.txt").write_text("Réseau a\n")
+        (self.work / "b/nom.txt").write_text(" \n")
+        (self.work / "networks.data").write_text("".join(
+            f"{name}|{self.work}/{directory}|\n" for name, directory in
+            [("A", "link"), ("B&&B", "b"), ("D", "deaf"), ("none", "none")]))
+        a, b, d = (f"Le réseau «\u00a0{name}\u00a0» est arrêté.\n"
+                   for name in ("Réseau a", "B&B", "D"))
+        nothing = "Rien n'a été arrêté.\n"
+        self.stops("", "Aucun réseau ne s'appelle «\u00a0c\u00a0» ici.\n", "c")
+        self.stops(a, "", "Réseau a")
+        terminal.wait()
+        self.stops("", nothing, "link")
+        self.stops(b, "", "b")
+        shell.stdin.write("still here\n")
+        shell.stdin.flush()
+        self.assertEqual(shell.stdout.readline(), "still here\n")
+        terminal = self.serve("a")
+        self.stops(a + d, "")
+        terminal.wait()
+        deaf.wait()
+        self.stops("", nothing)
+        self.assertIsNone(migration.poll())
+
+    def place_template(self):
+        for part in PARTS:
+            copy = shutil.copytree if (RUNTIME / part).is_dir() else shutil.copy
+            copy(RUNTIME / part, self.work / part)
+
+    def test_new(self):
+        """With accents, and with the reasons why the administrator is refused."""
+        self.place_template()
+        for status, account, password in [(3, "anne", "court"), (4, "anne/", "Tres-Long-77"),
+                                          (0, "-h", "Tres-Long-77")]:
+            done = self.program("new", "--admin", account, "Été", typed=password)
+            self.assertEqual((done[0], bool(done[2])), (status, status != 0), done[2])
+        self.assertEqual((self.work / "networks.data").read_text("latin-1"),
+                         f"\xc9t\xe9|{self.work}/Ete|\n")
+        self.assertEqual((self.work / "Ete/nom.txt").read_text(), "Été\n")
+        for part in PARTS:
+            self.assertTrue((self.work / "Ete/Ete" / part).exists(), part)
+
+    def test_new_refused(self):
+        """Nothing is left of what was made."""
+        for name, before, reason, *folder in [
+                (" ", "", "donnez-lui un nom"), ("Forge", "ln -s nowhere Forge", "existe déjà"),
+                ("Été & Cœur", "printf '\\311t\\351 && Coeur|/d|' >networks.data", "enregistré dans"),
+                ("Forge", "mkdir networks.data", "pas un fichier lisible"),
+                ("Forge", "rm -r static", "manque ici"),
+                ("Forge", "echo '#!/bin/sh\n[ $1 = urls.py ] || /usr/bin/cp $*' >bin/cp", "être copié"),
+                ("Forge", "", "prendrait pas tel quel", "a b"),
+                ("Forge", "", "prendrait pas tel quel", "a;b"),
+                ("Forge", "echo '#!/bin/false' >bin/django-admin", "n'a pas pu être créé"),
+                ("Forge", "echo 1/0 >>settings.py", "base de données"),
+                ("Forge", "rm hubs/management/commands/compte.py", "administrateur")]:
+            with self.subTest(name + before):
+                self.setUp(*folder)
+                self.place_template()
+                subprocess.run(before + "\nchmod -f +x bin/*", cwd=self.work, shell=True)
+                files = sorted(os.listdir(self.work))
+                status, _, err = self.program("new", "--admin", "anne", name)
+                self.assertEqual((status, reason in err), (1, True), err)
+                self.assertEqual(sorted(os.listdir(self.work)), files)
+
+
+if __name__ == "__main__":
+    unittest.main()
