@@ -14,7 +14,7 @@ void run_in_background(QObject& owner, const QStringList& command, const QString
     QObject::connect(process, &QProcess::errorOccurred, &owner, [=](QProcess::ProcessError error) {
         if (error == QProcess::FailedToStart) {
             process->deleteLater();
-            ended(1, QStringLiteral("%1 n'a pas pu être lancé.").arg(name));
+            ended(1, QStringLiteral("Le programme %1 n'a pas pu être lancé.").arg(name));
         }
     });
     QObject::connect(process, QOverload<int, QProcess::ExitStatus>::of(&QProcess::finished), &owner,

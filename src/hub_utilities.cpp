@@ -39,7 +39,7 @@ void read_hub_networks(std::vector<Network*>* networks) {
         Network* network = split_hub_networks_file(std::move(line));
         if (network == nullptr) {
             std::cerr << "networks.data, ligne " << number
-                      << " ignorée : il y manque le nom ou le répertoire, chacun suivi de « | »."
+                      << " ignorée : il y manque le nom ou le répertoire, chacun suivi de « | »."
                       << std::endl;
             continue;
         }

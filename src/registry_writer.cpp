@@ -54,7 +54,7 @@ bool replace_registry(const QByteArray& contents) {
 }
 
 int refuse(const char* reason) {
-    std::cerr << "networks.data : " << reason << std::endl;
+    std::cerr << "networks.data : " << reason << std::endl;
     return 1;
 }
 
@@ -68,7 +68,7 @@ bool is_recorded(const std::string& name) {
 int record_hub_network(std::string name, std::string directory) {
     if (!is_registry_field(name) || !is_registry_field(directory)) {
         return refuse(
-            "un nom ou un répertoire vide, ou qui contient « | » ou un saut de ligne, ne peut pas "
+            "un nom ou un répertoire vide, ou qui contient « | » ou un saut de ligne, ne peut pas "
             "être enregistré.");
     }
     const char* const unchanged = "le réseau n'a pas pu être enregistré, le fichier est inchangé.";

@@ -53,7 +53,7 @@ void CreationForm::show_path() {
 
 void CreationForm::refuse(Field field, const QString& reason) {
     refused = true;
-    refuse_field(*fields[field], reason);
+    refuse_field(*fields[field], reason.left(1).toUpper() + reason.mid(1));
     fields[field]->selectAll();
 }
 
@@ -63,7 +63,7 @@ bool CreationForm::check() {
     const QString typed = fields[name]->text().simplified();
     const QString reason = creation_refusal(typed, directory_name(typed, taken_names));
     if (!reason.isEmpty()) {
-        refuse(name, reason.left(1).toUpper() + reason.mid(1));
+        refuse(name, reason);
     }
     if (fields[pseudonym]->text().trimmed().isEmpty()) {
         refuse(pseudonym, QStringLiteral("Donnez un pseudo à l'administrateur."));
@@ -122,7 +122,7 @@ void CreationForm::end_creation(int status, const QString& said) {
         case pseudonym_refused:
             refuse(pseudonym, said);
             return;
-        default:  // its last line, without the network's name before it
-            refuse(name, said.section(QLatin1Char('\n'), -1).section(QStringLiteral(" » : "), -1));
+        default:  // its last line, without what it is about before it
+            refuse(name, said.section(QLatin1Char('\n'), -1).section(QStringLiteral(" : "), -1));
     }
 }

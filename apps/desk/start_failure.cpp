@@ -91,7 +91,7 @@ QString start_failure(const Network& network) {
     const std::string address = getIp();
     if (address.empty()) {
         return QStringLiteral(
-            "Cette machine n'a pas d'adresse sur le réseau : vérifiez son câble ou son Wi-Fi.");
+            "Cette machine n'a pas d'adresse sur le réseau : vérifiez son câble ou son wifi.");
     }
     if (!has_terminal()) {
         return QStringLiteral("Le terminal, gnome-terminal, n'est pas installé.");

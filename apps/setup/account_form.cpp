@@ -58,8 +58,8 @@ void AccountForm::save() {
     if (!can_make_accounts(network)) {
         show_failure(
             QStringLiteral("Le réseau « %1 » vient d'une version plus ancienne, qui n'ajoute "
-                           "pas de comptes d'ici. Fermez cette fenêtre et tapez "
-                           "quorvale-start, qui le met à jour.")
+                           "pas de comptes d'ici. Arrêtez-le, puis ouvrez cette fenêtre de "
+                           "nouveau : il sera mis à jour.")
                 .arg(network.name));
         return;
     }
