@@ -136,6 +136,8 @@ CACHES = {
     },
 }
 
+# What staff may offer at once: the photographs of a camera, for instance
+DATA_UPLOAD_MAX_NUMBER_FILES = 1000
 FILE_UPLOAD_HANDLERS = [f"{PACKAGE}.hubs.uploads.NamelessFileHandler"]
 
 STATIC_URL = "/static/"
@@ -146,7 +148,9 @@ STATIC_ROOT = BASE_DIR / "statiques"  # for a web server that sends them itself
 LOGGING = {
     "version": 1,
     "disable_existing_loggers": False,
-    "handlers": {"terminal": {"class": "logging.StreamHandler", "level": "ERROR"}},
+    "formatters": {"harmless": {"()": f"{PACKAGE}.hubs.terminal.Formatter"}},
+    "handlers": {"terminal": {"class": "logging.StreamHandler", "level": "ERROR",
+                              "formatter": "harmless"}},
     "root": {"handlers": ["terminal"]},
 }
 

@@ -16,25 +16,26 @@ class TemplateTest(ServedNetworkTest):
     def setUp(self):
         super().setUp()
         self.settings = self.project / "Atelier" / "settings.py"
-        (self.project / "nom.txt").write_text("L'été, 5 € – Łódź\n", "utf-8")
+        (self.project / "nom.txt").write_text("L'été, 5 € – Łódź\n" + "é" * 600, "utf-8")
         self.cookies = {}
 
-    def ask(self, path, body=None, kind="", method=None):
+    def ask(self, path, body=None, kind="", method=None, size=None):
         connection = http.client.HTTPConnection("127.0.0.1", self.port, timeout=60)
         self.addCleanup(connection.close)
         cookies = "; ".join(f"{name}={value}" for name, value in self.cookies.items())
         connection.request(method or ("POST" if body else "GET"), path, body,
-                           {"Cookie": cookies, "Content-Type": kind})
+                           {"Cookie": cookies, "Content-Type": kind,
+                            **({"Content-Length": size} if size else {})})
         answer = connection.getresponse()
         for cookie in answer.headers.get_all("Set-Cookie", ()):
             self.cookies.update([cookie.split(";")[0].split("=", 1)])
         return answer.status, answer.headers, answer.read()
 
-    def send(self, name, content, path="/depot/", field="fichiers"):
+    def send(self, name, content, path="/depot/", field="fichiers", size=None):
         part = "--B\r\nContent-Disposition: form-data; name="
         body = (f'{part}"csrfmiddlewaretoken"\r\n\r\n{self.cookies.get("csrf_Atelier", "")}\r\n'
                 f'{part}"{field}"; filename="{name}"\r\n\r\n{content}\r\n--B--\r\n')
-        return self.ask(path, body.encode(), "multipart/form-data; boundary=B")
+        return self.ask(path, body.encode(), "multipart/form-data; boundary=B", size=size)
 
     def test_visitors(self):
         (self.offered / "dossier").mkdir()
@@ -71,8 +72,10 @@ class TemplateTest(ServedNetworkTest):
         self.assertEqual((key.stat().st_mode & 0o777, len(key.read_text())), (0o600, 50))
         for number in range(10000):
             (self.offered / f"{number}.txt").touch()
+        (self.project / "nom.txt").write_text("\ufeff\n Neuf", "utf-8")
         page = self.ask("/?page=2")[2].decode()
         self.assertEqual((page.count("/ressources/"), "Page 2 sur 201" in page), (50, True))
+        self.assertIn("<h1>Neuf</h1>", page)
 
     def bound(self, name, value):
         file = self.project / "Atelier" / "hubs" / "limits.py"
@@ -120,13 +123,14 @@ class TemplateTest(ServedNetworkTest):
         self.assertEqual((self.offered / "Été 1.txt").read_text("utf-8"), "premier")
         page = self.ask("/")[2].decode()
         self.assertIn("existe déjà\xa0: il n&#x27;a pas été remplacé", page)
+        self.assertEqual(self.ask("/ressources/%00/retirer")[0], 404)
         self.cookies = {}
         tries = [self.log_in("zoé", "faux") for _ in range(6)] + [
             self.log_in("zoé", "un mot de passe"), self.log_in("luc", "faux")]
         self.assertEqual(tries, [(200, False)] * 5 + [(200, True)] * 2 + [(200, False)])
 
     def test_staff_alone(self):
-        self.bound("HANDED_IN_FILES", 3)
+        self.bound("HANDED_IN_FILES", 4)
         self.bound("HANDED_IN_BYTES", 200_000)
         self.make_account()
         self.handed_in.mkdir(0o700)
@@ -150,8 +154,11 @@ class TemplateTest(ServedNetworkTest):
         kept = {file.name: (file.stat().st_size, file.stat().st_mode & 0o777)
                 for file in self.handed_in.iterdir() if file.name != ".ouverte"}
         self.assertEqual(kept, {"secret.txt": (6, 0o644), "devoir.txt": (1, 0o600),
-                                "devoir (2).txt": (150_000, 0o600)})
+                                "devoir (2).txt": (150_000, 0o600),
+                                "Zoé - devoir.txt": (9, 0o600)})
         self.assertEqual(self.send("a.txt", "a" * (101 << 20), "/remettre/", "fichier")[0], 413)
+        # Of this one, nothing is read: its end never comes.
+        self.assertEqual(self.send("a.txt", "a" * 150_000, "/nulle-part/", size=10**9)[0], 404)
 
     def test_full_disk(self):
         self.bound("SPARE_BYTES", 1 << 60)

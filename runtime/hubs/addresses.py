@@ -42,7 +42,8 @@ def visitors_address(request):
 
 
 def qr_code(text):
-    """The text as a QR code, an SVG element; empty without the package that draws it."""
-    if not segno:
+    """The text as a QR code, an SVG element; empty without the package that draws it, or for more
+    than an address has."""
+    if not segno or len(text) > 300:
         return ""
     return mark_safe(segno.make(text, micro=False).svg_inline(omitsize=True, border=3))

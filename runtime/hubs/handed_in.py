@@ -73,8 +73,6 @@ def receive(file, sender):
         _check_room(file.size)
         for number in count(1):
             taken = f"{stem} ({number}){extension}" if number > 1 else stem + extension
-            try:
+            if not FOLDER.status(taken):
                 FOLDER.keep(taken, file.chunks())
                 return parts(taken)[1]
-            except FileExistsError:
-                continue

@@ -20,7 +20,8 @@ def host_name(display_name):
 
 def service_name(display_name):
     """The display name as one label: without dots, of no more bytes than a label may have."""
-    return display_name.replace(".", " ").encode()[:60].decode(errors="ignore").strip()
+    label = display_name.replace(".", " ").encode()[:60].decode(errors="ignore").strip()
+    return label or "Quorvale"
 
 
 class Announcement:

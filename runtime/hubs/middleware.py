@@ -1,9 +1,14 @@
 """What every request and answer of a network has in common."""
 
 import math
+import time
 
 from django.conf import settings
-from django.shortcuts import render
+from django.http import StreamingHttpResponse
+from django.template.loader import render_to_string
+
+_PIECE = 64 * 1024
+_SECONDS_FOR_THE_REST = 5
 
 
 def visitors_own_address(get_response):
@@ -45,11 +50,30 @@ def _announced_size(request):
     return int(size) if size.isdecimal() and len(size) < 20 else math.inf
 
 
+def _page_and_rest(request, page):
+    """The page. Then reads on for a while where that is safe: a web server that is still passing
+    the body on would take the end of the connection for a fault, and not look at the page."""
+    yield page
+    end = time.monotonic() + _SECONDS_FOR_THE_REST
+    if request.META.get("wsgi.input_terminated"):
+        while time.monotonic() < end and request.META["wsgi.input"].read(_PIECE):
+            pass
+
+
+def _refused(request):
+    page = render_to_string("413.html").encode()
+    return StreamingHttpResponse(_page_and_rest(request, page), status=413,
+                                 headers={"Content-Length": str(len(page))})
+
+
 class BodiesBounded:
     """Refuse what visitors send, by its announced size, before a byte of it is read or written.
 
     Staff may send files of any size. Everybody else may send settings.BODY_LIMIT bytes, or what the
     page itself says: the attribute body_limit of its view, a function of the request.
+
+    Sets most_files, the number of files that may be in the body. Where it is not set, none is read:
+    Django reads forms for its error pages, too.
 
     Stands after the authentication and before whatever reads forms (the CSRF check does).
     """
@@ -62,9 +86,13 @@ class BodiesBounded:
 
     def process_view(self, request, view, _arguments, _keywords):
         size = _announced_size(request)
-        if size <= settings.BODY_LIMIT or (hasattr(view, "body_limit")
-                                           and size <= view.body_limit(request)):
+        if size == 0:
             return None
         if request.user.is_staff:
-            return None
-        return render(None, "413.html", status=413)
+            request.most_files = math.inf
+        elif size <= settings.BODY_LIMIT or (hasattr(view, "body_limit")
+                                             and size <= view.body_limit(request)):
+            request.most_files = 1
+        else:
+            return _refused(request)
+        return None

@@ -9,6 +9,7 @@ As a program, without Django: "names.py" prints the name of the network that it 
 "names.py TEXT" the text, in the ISO-8859-1 bytes that clients are given, without a line end.
 """
 
+import codecs
 import os
 import re
 import sys
@@ -18,8 +19,8 @@ from pathlib import Path
 try:
     from unidecode import unidecode
 except ImportError:  # then letters that have no plain form are left out
-    def unidecode(_text):
-        return ""
+    def unidecode(text):
+        return unicodedata.normalize("NFKD", text).encode("ascii", "ignore").decode()
 
 PROJECT = Path(__file__).resolve().parent.parent.parent
 LONGEST = 100
@@ -50,7 +51,8 @@ def _from_file(path):
     except OSError:
         return ""
     try:
-        text = content.decode("utf-8-sig")
+        # What was read may end in the middle of a letter.
+        text = codecs.getincrementaldecoder("utf-8-sig")().decode(content)
     except UnicodeDecodeError:
         text = content.decode("cp1252", "replace")
     lines = text.strip().splitlines()

@@ -52,7 +52,7 @@ def network(process):
         directory = Path(os.readlink(_PROCESSES / str(process) / "cwd"))
     except OSError:
         return None
-    fit = (directory / "manage.py").is_file() and any(directory.glob("*/hubs/__init__.py"))
+    fit = os.path.isfile(directory / "manage.py") and any(directory.glob("*/hubs/__init__.py"))
     return directory if fit else None
 
 

@@ -9,8 +9,10 @@ import unicodedata
 
 from django.conf import settings
 
-# Bytes that are no UTF-8 stand in names as surrogates.
-_UNFIT_CHARACTERS = re.compile(r"[\x00-\x1f\x7f-\x9f\ud800-\udfff/]")
+# Bytes that are no UTF-8 stand in names as surrogates. What turns the direction of writing around
+# would make a program look like a picture.
+_UNFIT_CHARACTERS = re.compile(
+    r"[\x00-\x1f\x7f-\x9f\u202a-\u202e\u2066-\u2069\ud800-\udfff/]")
 
 _CAUSES = {
     errno.ENOSPC: "il n'y a plus assez de place sur le disque",
@@ -70,9 +72,9 @@ class Folder:
         return found
 
     def status(self, name):
-        """What os.lstat tells of the file; None if it has gone."""
+        """What os.lstat tells of the file; None if it has gone, or could not be there."""
         try:
-            return os.lstat(self._path / name)
+            return os.lstat(self._path / name) if is_fit(name) else None
         except OSError:
             return None
 

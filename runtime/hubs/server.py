@@ -14,6 +14,8 @@ import time
 
 from django.core.servers import basehttp
 
+from .terminal import harmless
+
 IDLE_SECONDS = 20
 MOST_CONNECTIONS = 500
 # A class behind one router has one address, and a browser opens up to six connections.
@@ -117,6 +119,8 @@ class _RequestHandler(basehttp.WSGIRequestHandler):
                         self._told_to_send)
         _Answer(body, self, self.wfile, self.get_stderr(), self.get_environ()).run(
             self.server.get_app())
+        if body.left:  # which must not be taken for the next request
+            self.close_connection = True
 
     def skip(self, body):
         """Read on for a while, so that a client that is still sending comes to see the answer."""
@@ -127,8 +131,10 @@ class _RequestHandler(basehttp.WSGIRequestHandler):
                     break
             except OSError:
                 break
-        if body.left:
-            self.close_connection = True
+
+    def log_message(self, text, *arguments):
+        super().log_message(text, *(harmless(argument) if isinstance(argument, str) else argument
+                                    for argument in arguments))
 
 
 class Server(basehttp.ThreadedWSGIServer):

@@ -13,12 +13,20 @@ from . import limits
 class NamelessFileHandler(FileUploadHandler):
     """Writes what is sent into a nameless file on the project's disk.
 
-    Nothing of it is held in memory, or left behind by a server that is ended. When the disk's last
-    SPARE_BYTES would be touched, nothing more is read, and the request has disk_is_full set.
+    Nothing of it is held in memory, or left behind by a server that is ended. Nothing more is read
+    after the files that the request may bring, its most_files; or when the disk's last SPARE_BYTES
+    would be touched, and then the request has disk_is_full set.
     """
+
+    def __init__(self, request=None):
+        super().__init__(request)
+        self._number = 0
 
     def new_file(self, *args, **kwargs):
         super().new_file(*args, **kwargs)
+        self._number += 1
+        if self._number > getattr(self.request, "most_files", 0):
+            raise StopUpload(connection_reset=True)
         file = tempfile.TemporaryFile(dir=settings.PACKAGE_DIR)
         self.file = UploadedFile(file, self.file_name, self.content_type)
 
@@ -29,8 +37,10 @@ class NamelessFileHandler(FileUploadHandler):
         self.file.write(raw_data)
 
     def file_complete(self, file_size):
-        self.file.size = file_size
-        return self.file
+        file = self.file
+        del self.file  # Django closes it when the upload stops at a later one
+        file.size = file_size
+        return file
 
     def upload_interrupted(self):
         if hasattr(self, "file"):

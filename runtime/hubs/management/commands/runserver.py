@@ -1,6 +1,7 @@
 """Serves the network, in place of Django's own command and with the same options."""
 
 import errno
+import resource
 import signal
 import socket
 import sys
@@ -12,11 +13,19 @@ from django.contrib.staticfiles.management.commands import runserver
 from ... import names, processes
 from ...mdns import Announcement
 from ...server import Server
+from ...terminal import harmless
 
 _REASONS = {
     errno.EACCES: "vous n'avez pas le droit de servir à ce port.",
+    errno.EADDRINUSE: "ce port est déjà pris.",
     errno.EADDRNOTAVAIL: "cette adresse n'est pas, ou n'est plus, celle de cette machine.",
 }
+
+
+def allow_many_files():
+    """A connection needs some: its own, what it sends or is sent, and the database."""
+    allowed, most = resource.getrlimit(resource.RLIMIT_NOFILE)
+    resource.setrlimit(resource.RLIMIT_NOFILE, (max(allowed, min(most, 8192)), most))
 
 
 def _end_orderly(_number, _frame):
@@ -41,7 +50,7 @@ class Command(runserver.Command):
             pass
 
     def give_up(self, reason):
-        self.stderr.write(f"Le réseau n'est pas servi : {reason}")
+        self.stderr.write(harmless(f"Le réseau n'est pas servi : {reason}"))
         sys.exit(1)
 
     def run(self, **options):
@@ -50,6 +59,7 @@ class Command(runserver.Command):
             signal.signal(number, _end_orderly)
         announcement = None
         try:
+            allow_many_files()
             server = self.listen()
             server.set_app(self.get_handler(**options))
             self.check()
@@ -76,7 +86,9 @@ class Command(runserver.Command):
                 self.make_room()
 
     def make_room(self):
-        holder = processes.holder(self.addr, int(self.port))
+        holder = None
+        if not self.use_ipv6:
+            holder = processes.holder(socket.gethostbyname(self.addr), int(self.port))
         if holder is None:
             time.sleep(0.1)  # it has just gone, or cannot be seen: the deadline decides
             return
