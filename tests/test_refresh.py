@@ -37,7 +37,7 @@ class Refresh(unittest.TestCase):
         self.start()
         self.assertEqual((self.work / "networks.data").read_text(), "")
         self.write(self.package, OLD)
-        self.write(self.work, {"networks.data": f"Atelier|{self.project}|\nAutre|/|\n"})
+        self.write(self.work, {"networks.data": f"Atelier|{self.project}|\nAutre|/{'x' * 300}|\n"})
         self.write(self.project, {"manage.py": MANAGE})
 
     def write(self, directory, files):
