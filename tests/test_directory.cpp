@@ -87,7 +87,8 @@ QString traits(const QLabel& label) {
     }
     return text + text_if(label.hasScaledContents(), " scaled") +
            text_if(label.wordWrap(), " wrapped") +
-           text_if(label.alignment() == Qt::AlignCenter, " centred");
+           text_if(label.alignment() == Qt::AlignCenter, " centred") +
+           text_if(label.buddy() != nullptr, " of a field");
 }
 
 QString traits(const QComboBox& list) {

@@ -79,18 +79,23 @@ private slots:
 
     void command_that_cannot_start() {
         QByteArray message;
-        const Output output = output_of([&message] {
+        int running = 0;
+        const Output output = output_of([&] {
             // One descriptor is left, a pipe takes two; with none, sanitizers would stop us.
             const int next = dup(STDIN_FILENO);
             close(next);
             try {
-                with_limit(RLIMIT_NOFILE, static_cast<rlim_t>(next) + 1, [] { exec_cmd("true"); });
+                with_limit(RLIMIT_NOFILE, static_cast<rlim_t>(next) + 1, [&running] {
+                    running = Network().is_launched();
+                    exec_cmd("true");
+                });
             } catch (const std::runtime_error& error) {
                 message = error.what();
             }
         });
         QCOMPARE(message, QByteArray("Erreur lors de l'exécution de la commande."));
         QCOMPARE(output.out, QByteArray("Oh Oh"));
+        QCOMPARE(running, 1);
     }
 
     void own_address() {
@@ -232,11 +237,13 @@ private slots:
             {"json", "json_reseau", "json"},
             {"class", "class_reseau", "class"},
             {"django", "django_reseau", "django"},
+            {"hubs", "hubs", "hubs"},
         };
         for (const auto& [display, name, recorded] : rows) {
             QCOMPARE(directory_name(QString::fromUtf8(display), taken), QString::fromUtf8(name));
             QCOMPARE(registry_name(QString::fromUtf8(display)), std::string(recorded));
         }
+        QCOMPARE(directory_name(QString(300, QLatin1Char('n')), taken).size(), 60);
     }
 
     void discovery() {

@@ -3,6 +3,7 @@
 
 import os
 import shutil
+import sqlite3
 import subprocess
 import sys
 import tempfile
@@ -16,12 +17,14 @@ LAUNCH = "cd {} && python3 manage.py runserver 10.0.0.7:8000 ; exec bash"
 
 
 class Programs(unittest.TestCase):
-    def setUp(self, folder="Tesquin"):
+    def setUp(self, folder="Réseaux"):
         directory = tempfile.TemporaryDirectory()
         self.addCleanup(directory.cleanup)
         self.work = Path(directory.name, folder).resolve()
         (self.work / "bin").mkdir(parents=True)
-        self.environment = {**os.environ, "PATH": f"{self.work}/bin:/usr/bin:/bin"}
+        # Accents hold in a session of any encoding.
+        self.environment = {**os.environ, "LC_ALL": "C", "PYTHONUTF8": "0",
+                            "PATH": f"{self.work}/bin:/usr/bin:/bin"}
 
     def start(self, *command):
         process = subprocess.Popen(command, cwd=self.work, env=self.environment, text=True,
@@ -37,7 +40,7 @@ class Programs(unittest.TestCase):
         path.chmod(0o755)
 
     def program(self, name, *arguments, typed=""):
-        """The program's status, its output and its errors, when it and all it started have ended."""
+        """The program's status, output and errors, when it and all it started have ended."""
         done = subprocess.run([PROGRAMS / f"quorvale-{name}", *arguments], cwd=self.work, text=True,
                               env=self.environment, input=typed, capture_output=True)
         return done.returncode, done.stdout, done.stderr
@@ -47,10 +50,12 @@ class Programs(unittest.TestCase):
             status, out, err = self.program(name, "--help")
             self.assertEqual((status, err), (0, ""))
             self.assertRegex(out, rf"\AUsage\u00a0: quorvale-{name}\b")
+            self.assertEqual(self.program(name, "-h"), (0, out, ""))
             self.assertRegex(self.program(name, "--version")[1], r"\AQuorvale [0-9.]+\n\Z")
         for name in ("django", "new", "stop"):
-            status, out, err = self.program(name, "a", "b", "")
-            self.assertEqual((status, out, err[:5]), (2, "", "Usage"))
+            for words in [("a", "b", ""), ("--admin", "", "a")]:
+                status, out, err = self.program(name, *words)
+                self.assertEqual((status, out, err[:5]), (2, "", "Usage"))
 
     def test_start_up_order(self):
         self.fake("xdg-open", 'echo "$*" >asked')
@@ -80,7 +85,7 @@ class Programs(unittest.TestCase):
         project.mkdir(exist_ok=True)
         # Django's server is two processes.
         (project / "manage.py").write_text(
-            f"import os, signal, time\n{before}\nos.fork()\nprint(flush=True)\ntime.sleep(60)\n")
+            f"import os, signal, time\n{before}\nos.fork()\nprint(flush=True)\ntime.sleep(600)\n")
         terminal = self.start("bash", "-c", launch.format(project))
         self.assertEqual(terminal.stdout.readline() + terminal.stdout.readline(), "\n\n")
         return terminal
@@ -89,8 +94,9 @@ class Programs(unittest.TestCase):
         self.assertEqual(self.program("stop", *names), (0 if out else 1, out, err))
 
     def test_stop(self):
-        terminal = self.serve("a")
-        migration = self.serve("a", launch="cd {} && exec python3 manage.py migrate")
+        terminal = self.serve("a", "signal.signal(2, lambda *_: open('ended', 'w') and exit())")
+        others = [self.serve("a", launch="cd {} && exec " + command) for command in
+                  ("python3 manage.py migrate", "-a editor python3 manage.py runserver")]
         shell = self.serve("b", launch="cd {} && python3 manage.py runserver; exec cat")
         deaf = self.serve("deaf", "for s in 2, 15: signal.signal(s, signal.SIG_IGN)")
         (self.work / "link").symlink_to("a")
@@ -104,7 +110,8 @@ class Programs(unittest.TestCase):
         nothing = "Rien n'a été arrêté.\n"
         self.stops("", "Aucun réseau ne s'appelle «\u00a0c\u00a0» ici.\n", "c")
         self.stops(a, "", "Réseau a")
-        terminal.wait()
+        self.assertTrue((self.work / "a/ended").exists())
+        terminal.wait(60)
         self.stops("", nothing, "link")
         self.stops(b, "", "b")
         shell.stdin.write("still here\n")
@@ -112,10 +119,10 @@ class Programs(unittest.TestCase):
         self.assertEqual(shell.stdout.readline(), "still here\n")
         terminal = self.serve("a")
         self.stops(a + d, "")
-        terminal.wait()
-        deaf.wait()
+        terminal.wait(60)
+        deaf.wait(60)
         self.stops("", nothing)
-        self.assertIsNone(migration.poll())
+        self.assertEqual([other.poll() for other in others], [None, None])
 
     def place_template(self):
         for part in PARTS:
@@ -129,9 +136,14 @@ class Programs(unittest.TestCase):
                                           (0, "-h", "Tres-Long-77")]:
             done = self.program("new", "--admin", account, "Été", typed=password)
             self.assertEqual((done[0], bool(done[2])), (status, status != 0), done[2])
-        self.assertEqual((self.work / "networks.data").read_text("latin-1"),
-                         f"\xc9t\xe9|{self.work}/Ete|\n")
+            self.assertEqual("est créé" in done[1], status == 0)
+        self.assertEqual(self.program("new", "|")[0], 0)
+        self.assertEqual((self.work / "networks.data").read_bytes().replace(
+            bytes(self.work), b""), b"\xc9t\xe9|/Ete|\nReseau|/Reseau|\n")
         self.assertEqual((self.work / "Ete/nom.txt").read_text(), "Été\n")
+        with sqlite3.connect(self.work / "Ete/db.sqlite3") as database:
+            accounts = database.execute("SELECT username, is_superuser FROM auth_user")
+            self.assertEqual(accounts.fetchall(), [("-h", 1)])
         for part in PARTS:
             self.assertTrue((self.work / "Ete/Ete" / part).exists(), part)
 
@@ -139,21 +151,27 @@ class Programs(unittest.TestCase):
         """Nothing is left of what was made."""
         for name, before, reason, *folder in [
                 (" ", "", "donnez-lui un nom"), ("Forge", "ln -s nowhere Forge", "existe déjà"),
-                ("Été & Cœur", "printf '\\311t\\351 && Coeur|/d|' >networks.data", "enregistré dans"),
+                ("Été & Cœur", "printf '\\311t\\351 && Coeur|/d|' >networks.data",
+                 "enregistré dans"),
                 ("Forge", "mkdir networks.data", "pas un fichier lisible"),
                 ("Forge", "rm -r static", "manque ici"),
-                ("Forge", "echo '#!/bin/sh\n[ $1 = urls.py ] || /usr/bin/cp $*' >bin/cp", "être copié"),
+                ("Forge", "echo '[ $1 = urls.py ] || command -p cp $*' >bin/cp", "être copié"),
+                # By somebody else, meanwhile.
+                ("Forge", "touch networks.data; echo 'echo \"Forge|/d|\" >networks.data; "
+                          "command -p cp $*' >bin/cp", "déjà enregistré.\n"),
                 ("Forge", "", "prendrait pas tel quel", "a b"),
                 ("Forge", "", "prendrait pas tel quel", "a;b"),
-                ("Forge", "echo '#!/bin/false' >bin/django-admin", "n'a pas pu être créé"),
-                ("Forge", "echo 1/0 >>settings.py", "base de données"),
+                ("Forge", "echo '[ -e creation.lock ] || command -p django-admin $*'"
+                          " >bin/django-admin", "n'a pas pu être créé"),
+                ("Forge", "echo 'import os; os.kill(os.getppid(), 15); 1/0' >>settings.py",
+                 "base de données"),
                 ("Forge", "rm hubs/management/commands/compte.py", "administrateur")]:
             with self.subTest(name + before):
                 self.setUp(*folder)
                 self.place_template()
                 subprocess.run(before + "\nchmod -f +x bin/*", cwd=self.work, shell=True)
                 files = sorted(os.listdir(self.work))
-                status, _, err = self.program("new", "--admin", "anne", name)
+                status, _, err = self.program("new", "--admin", "anne", name, typed="Tres-Long-77")
                 self.assertEqual((status, reason in err), (1, True), err)
                 self.assertEqual(sorted(os.listdir(self.work)), files)
 
