@@ -3,12 +3,13 @@
 #include <QApplication>
 #include <QDir>
 #include <QLabel>
+#include <QLayout>
 #include <QLineEdit>
 #include <QPushButton>
-#include <QVBoxLayout>
 
 #include "background_command.h"
 #include "field_errors.h"
+#include "label_button.h"
 #include "network_creation.h"
 #include "network_names.h"
 #include "networkselectionwindow.h"
@@ -21,7 +22,6 @@ CreationForm::CreationForm(NetworkSelectionWindow& shown)
     fields = window.findChildren<QLineEdit*>().toVector();
     save_button = window.findChild<QPushButton*>();
     back_link = window.findChild<QLabel*>();
-    add_progress();
 
     fields[name]->setMaxLength(100);
     fields[path]->setReadOnly(true);
@@ -30,18 +30,11 @@ CreationForm::CreationForm(NetworkSelectionWindow& shown)
     fields[confirmation]->setEchoMode(QLineEdit::Password);
     fields[name]->setFocus();
     save_button->setDefault(true);
-    back_link->setTextInteractionFlags(Qt::LinksAccessibleByMouse | Qt::LinksAccessibleByKeyboard);
+    window.layout()->setAlignment(back_link, Qt::AlignLeft);  // a click beside it is none
 
     connect(fields[name], &QLineEdit::textChanged, this, &CreationForm::show_path);
     connect(save_button, &QPushButton::clicked, this, &CreationForm::save);
-    connect(back_link, &QLabel::linkActivated, this, &CreationForm::left);
-}
-
-void CreationForm::add_progress() {
-    progress = new QLabel;
-    progress->setAlignment(Qt::AlignCenter);
-    progress->setStyleSheet(QStringLiteral("color:#0b3c66;font-weight:bold;"));
-    qobject_cast<QVBoxLayout*>(window.layout())->addWidget(progress);
+    connect(new LabelButton(*back_link), &LabelButton::pressed, this, &CreationForm::left);
 }
 
 void CreationForm::show_path() {
@@ -88,8 +81,9 @@ void CreationForm::set_busy(bool busy) {
     QApplication::setQuitOnLastWindowClosed(!busy);
     save_button->parentWidget()->setEnabled(!busy);
     back_link->setEnabled(!busy);
-    progress->setText(busy ? QStringLiteral("Création en cours… Cela prend quelques secondes.")
-                           : QString());
+    // In the button: a large font leaves no room for another line.
+    save_button->setText(busy ? QStringLiteral("Création en cours…")
+                              : QStringLiteral("Enregistrer le Reseau"));
     if (busy) {
         window.setCursor(Qt::BusyCursor);
     } else {

@@ -27,7 +27,6 @@ signals:
 private:
     enum Field { name, path, pseudonym, password, confirmation };
 
-    void add_progress();
     void show_path();
     void save();
     bool check();
@@ -38,7 +37,6 @@ private:
 
     NetworkSelectionWindow& window;
     QVector<QLineEdit*> fields;
-    QLabel* progress = nullptr;
     QPushButton* save_button = nullptr;
     QLabel* back_link = nullptr;
     QSet<QString> taken_names;

@@ -1,7 +1,6 @@
 #include "desk.h"
 
 #include <QApplication>
-#include <QKeyEvent>
 #include <QLabel>
 #include <QMessageBox>
 #include <QPushButton>
@@ -12,6 +11,7 @@
 #include "applicationsetup.h"
 #include "creation_form.h"
 #include "hub_utilities.h"
+#include "label_button.h"
 #include "network_names.h"
 #include "open_url.h"
 #include "screen_pieces.h"
@@ -42,6 +42,16 @@ QList<QPushButton*> network_buttons(const QWidget& window) {
                                  }),
                   buttons.end());
     return buttons;
+}
+
+/// As much of a name as there is room for, and a mark behind it.
+void set_caption(QPushButton& button, const QString& name, const QString& mark) {
+    const int column = 280;  // pixels, what the home screen has beside its picture
+    const QFontMetrics letters = button.fontMetrics();
+    const int room = column - letters.horizontalAdvance(mark);
+    QString shown = letters.elidedText(name, Qt::ElideRight, room);
+    button.setToolTip(shown == name ? QString() : name);
+    button.setText(shown.replace(QLatin1Char('&'), QStringLiteral("&&")) + mark);
 }
 
 void open_page() {
@@ -100,18 +110,14 @@ void Desk::show_home(const QString& focused_network) {
 }
 
 void Desk::wire_home() {
+    QLabel* form_label = nullptr;
     for (auto* label : window->findChildren<QLabel*>()) {
         if (label->text().contains(QStringLiteral("+ Creer un Nouveau Reseau"))) {
             form_label = label;
         }
     }
-    form_label->setFocusPolicy(Qt::StrongFocus);
-    form_label->setCursor(Qt::PointingHandCursor);
-    form_label->setStyleSheet(
-        QStringLiteral("QLabel { border: 2px solid transparent; }"
-                       "QLabel:focus { border-color: #0b3c66; border-radius: 4px; }"));
     form_label->setAccessibleName(QStringLiteral("Créer un nouveau réseau"));
-    form_label->installEventFilter(this);
+    connect(new LabelButton(*form_label), &LabelButton::pressed, this, &Desk::show_form);
     if (networks.empty()) {
         auto* hint = new QLabel(QStringLiteral(
             "Aucun réseau pour l'instant : créez le premier en cliquant ci-dessus."));
@@ -129,27 +135,9 @@ void Desk::mark_running() {
     const QList<QPushButton*> buttons = network_buttons(*window);
     for (int i = 0; i < buttons.size() && i < static_cast<int>(networks.size()); ++i) {
         const Network& network = *networks[static_cast<std::size_t>(i)];
-        const QString name = latin1_text(network.name);
         const bool runs = !find_server_processes(network.path).empty();
-        buttons[i]->setText(runs ? name + mark : name);
+        set_caption(*buttons[i], shown_name(network.name), runs ? mark : QString());
     }
-}
-
-bool Desk::eventFilter(QObject* object, QEvent* event) {
-    bool opens = false;
-    if (event->type() == QEvent::MouseButtonRelease) {
-        opens = static_cast<QMouseEvent*>(event)->button() == Qt::LeftButton;
-    } else if (event->type() == QEvent::KeyPress) {
-        const int key = static_cast<QKeyEvent*>(event)->key();
-        opens = key == Qt::Key_Return || key == Qt::Key_Enter || key == Qt::Key_Space;
-    }
-    if (!opens) {
-        return QObject::eventFilter(object, event);
-    }
-    // The label, which is handling the event, goes with the home screen.
-    object->removeEventFilter(this);
-    QTimer::singleShot(0, this, &Desk::show_form);
-    return true;
 }
 
 void Desk::show_form() {
@@ -257,6 +245,7 @@ void Desk::stop_server_and_leave() {
     if (chosen == nullptr) {
         return;  // stopped by the first of two clicks
     }
+    end_watch();
     QApplication::setOverrideCursor(Qt::BusyCursor);
     const bool stopped = stop_server(chosen->path);
     QApplication::restoreOverrideCursor();
@@ -267,7 +256,10 @@ void Desk::stop_server_and_leave() {
 }
 
 void Desk::say(const QString& text) {
-    QMessageBox::warning(window.get(), QStringLiteral("Quorvale"),
-                         QStringLiteral("Le réseau « %1 » : ").arg(shown_name(chosen->name)) +
-                             QStringLiteral("\n\n") + text);
+    QMessageBox message(QMessageBox::Warning, QStringLiteral("Quorvale"),
+                        QStringLiteral("Le réseau « %1 » : ").arg(shown_name(chosen->name)) +
+                            QStringLiteral("\n\n") + text,
+                        QMessageBox::Ok, window.get());
+    message.setTextFormat(Qt::PlainText);  // whatever the network's name holds
+    message.exec();
 }

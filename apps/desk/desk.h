@@ -11,8 +11,6 @@
 #include "networkselectionwindow.h"
 #include "start_watch.h"
 
-class QLabel;
-
 /// The operator's desk: the network selection window with an action behind every control. The
 /// window builds its screens as ever; the desk finds the widgets on them and connects them. Where
 /// a window has no way back to the home screen, the desk replaces it by a new one.
@@ -26,10 +24,6 @@ public:
     /// Shows a new window with the home screen. The button of the network of that registry name
     /// (its bytes as Latin-1 characters) has the focus, if there is one.
     void show_home(const QString& focused_network);
-
-protected:
-    /// Makes the label that opens the form answer to the mouse and to the keyboard.
-    bool eventFilter(QObject* object, QEvent* event) override;
 
 private:
     void new_window();
@@ -55,7 +49,6 @@ private:
     std::unique_ptr<NetworkSelectionWindow> window;
     std::vector<std::unique_ptr<Network>> networks;  ///< in the order of the buttons
     const Network* chosen = nullptr;
-    QPointer<QLabel> form_label;  ///< the home screen's label that opens the form
     QPointer<StartWatch> watch;
     QTimer marking;
     QLockFile starting;  ///< held during a start: one at a time among the operator's desks
