@@ -21,22 +21,20 @@ void ClientControls::follow_connected_screen(int index) {
     const auto buttons = window.findChildren<QPushButton*>();
     // Queued: each replaces the screen that its button is on.
     connect(
-        buttons[0], &QPushButton::clicked, this,
-        [this, index] {
-            show_list();
-            window.findChildren<QPushButton*>()[index]->click();
-        },
+        buttons[0], &QPushButton::clicked, this, [this, index] { show_list(index)->click(); },
         Qt::QueuedConnection);
-    connect(buttons[1], &QPushButton::clicked, this, &ClientControls::show_list,
-            Qt::QueuedConnection);
+    connect(
+        buttons[1], &QPushButton::clicked, this, [this, index] { show_list(index)->setFocus(); },
+        Qt::QueuedConnection);
     buttons[0]->setFocus();
 }
 
-void ClientControls::show_list() {
+QPushButton* ClientControls::show_list(int index) {
     window.remove_layouts(nullptr);
     window.selecting_networks_mode();
     window.setWindowTitle(QStringLiteral("Recherche de Reseaux"));
     follow_list();
+    return window.findChildren<QPushButton*>()[index];
 }
 
 bool has_servers(const ClientWindow& window) {

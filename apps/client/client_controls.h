@@ -3,6 +3,7 @@
 #include <QObject>
 
 class ClientWindow;
+class QPushButton;
 
 /// Makes the buttons of the client's connected screen work: one opens the server again, the other
 /// leads back to the list. Belongs to the window.
@@ -16,7 +17,8 @@ private:
     void follow_list();
     /// The connected screen of button `index` of the list has come.
     void follow_connected_screen(int index);
-    void show_list();
+    /// Returns button `index` of the list.
+    QPushButton* show_list(int index);
 
     ClientWindow& window;
 };

@@ -24,10 +24,24 @@ QDir project_of(const RegisteredNetwork& network) {
     return {QFile::decodeName(network.directory.c_str())};
 }
 
-bool can_make_accounts(const RegisteredNetwork& network) {
+/// Why no account can be made in the network, or an empty text.
+QString obstacle(const RegisteredNetwork& network) {
     const QDir project = project_of(network);
-    return project.exists(project.dirName() +
-                          QStringLiteral("/hubs/management/commands/compte.py"));
+    if (!project.exists(QStringLiteral("manage.py"))) {
+        return QStringLiteral(
+                   "Le réseau « %1 » :\nSon répertoire, %2, n'existe plus ou ne "
+                   "contient pas de réseau.")
+            .arg(network.name, project.path());
+    }
+    if (!project.exists(project.dirName() +
+                        QStringLiteral("/hubs/management/commands/compte.py"))) {
+        return QStringLiteral(
+                   "Le réseau « %1 » vient d'une version plus ancienne, qui n'ajoute "
+                   "pas de comptes d'ici. Arrêtez-le, puis ouvrez cette fenêtre de "
+                   "nouveau : il sera mis à jour.")
+            .arg(network.name);
+    }
+    return {};
 }
 
 }  // namespace
@@ -43,7 +57,15 @@ AccountForm::AccountForm(SetupWindow& shown)
     fields[confirmation]->setEchoMode(QLineEdit::Password);
     save_button->setDefault(true);
     result->setWordWrap(true);
-    save_button->parentWidget()->parentWidget()->layout()->addWidget(result);
+    result->setTextFormat(Qt::PlainText);  // whatever a network's name holds
+    result->hide();
+    // Room for a result of two lines, also with a large font.
+    QWidget* panel = save_button->parentWidget();
+    panel->layout()->setContentsMargins(10, 0, 10, 0);
+    QLayout* section = panel->parentWidget()->layout();
+    section->setContentsMargins(10, 10, 10, 0);
+    section->setSpacing(0);
+    section->addWidget(result);
     connect(save_button, &QPushButton::clicked, this, &AccountForm::save);
 }
 
@@ -55,19 +77,16 @@ void AccountForm::save() {
     if (network.directory.empty()) {
         return;
     }
-    if (!can_make_accounts(network)) {
-        show_failure(
-            QStringLiteral("Le réseau « %1 » vient d'une version plus ancienne, qui n'ajoute "
-                           "pas de comptes d'ici. Arrêtez-le, puis ouvrez cette fenêtre de "
-                           "nouveau : il sera mis à jour.")
-                .arg(network.name));
+    const QString reason = obstacle(network);
+    if (!reason.isEmpty()) {
+        show_failure(reason);
         return;
     }
     make_account(network);
 }
 
 bool AccountForm::check() {
-    result->clear();
+    result->hide();
     accept_fields(*save_button->parentWidget());
     bool fit = true;
     const auto refuse = [&](Field field, const QString& reason) {
@@ -159,7 +178,8 @@ void AccountForm::set_busy(bool busy) {
         show_result(QStringLiteral("Ajout du compte en cours…"), "#0b3c66");
     } else {
         window.unsetCursor();
-        result->clear();
+        save_button->setFocus();  // the form has lost it
+        result->hide();
     }
 }
 
@@ -168,6 +188,7 @@ void AccountForm::show_failure(const QString& reason) {
 }
 
 void AccountForm::show_result(const QString& text, const char* colour) {
-    result->setStyleSheet(QStringLiteral("color:%1;").arg(QLatin1String(colour)));
+    result->setStyleSheet(QStringLiteral("color:%1;font-size:12px;").arg(QLatin1String(colour)));
     result->setText(text);
+    result->show();
 }
