@@ -1,12 +1,18 @@
+#include <QComboBox>
 #include <QDesktopServices>
 #include <QElapsedTimer>
 #include <QFileInfo>
 #include <QIcon>
+#include <QLabel>
+#include <QLineEdit>
 #include <QPushButton>
 #include <QUrl>
 #include <QtTest>
 #include <memory>
 
+#include "../apps/client/client_controls.h"
+#include "../apps/desk/creation_form.h"
+#include "../apps/setup/account_form.h"
 #include "applicationsetup.h"
 #include "clientwindow.h"
 #include "networkselectionwindow.h"
@@ -89,6 +95,24 @@ std::unique_ptr<QDialog> screen(const QString& name) {
         selection->new_network_mode();
     }
     return selection;
+}
+
+/// Types into a form's fields, saves, and returns why each field is refused.
+QString refusals(const QWidget& window, const QStringList& typed) {
+    const auto fields = window.findChildren<QLineEdit*>();
+    for (int i = 0; i < typed.size(); ++i) {
+        if (!typed[i].isNull()) {
+            fields[i]->setText(typed[i]);
+        }
+    }
+    QTest::keyClick(fields.last(), Qt::Key_Return);
+    QString reasons;
+    if (QTest::qWaitFor([&] { return fields[0]->isEnabled(); })) {
+        for (const QLineEdit* field : fields) {
+            reasons += field->accessibleDescription() + QLatin1Char('|');
+        }
+    }
+    return reasons;
 }
 
 /// The product's style sheet, for as long as the test runs.
@@ -265,10 +289,107 @@ private slots:
         QCOMPARE(snapshot(*window), expected_snapshot(QStringLiteral("list")));
 
         const Browser browser(*window);
-        QTest::mouseClick(button(*window, 1), Qt::LeftButton);
-        QCOMPARE(browser.asked, QStringList(QStringLiteral("http://192.0.2.7:8000")));
+        new ClientControls(static_cast<ClientWindow&>(*window));
+        QString asked;
+        const auto click = [&](int number, const char* screen, const char* address) {
+            QTest::mouseClick(button(*window, number), Qt::LeftButton);
+            QCoreApplication::processEvents();
+            QCOMPARE(snapshot(*window), expected_snapshot(QString::fromLatin1(screen)));
+            asked += QString::fromLatin1(address);
+            QCOMPARE(browser.asked.join(QString()), asked);
+        };
+        click(1, "connected", "http://192.0.2.7:8000");
         QCOMPARE(browser.seen, expected_snapshot(QStringLiteral("list")));
-        QCOMPARE(snapshot(*window), expected_snapshot(QStringLiteral("connected")));
+        click(0, "connected", "http://192.0.2.7:8000");
+        click(1, "list", "");
+        QCOMPARE(window->focusWidget(), button(*window, 1));
+        click(0, "connected", "http://192.0.2.5:8000");
+        click(0, "connected", "http://192.0.2.5:8000");
+    }
+
+    void client_searches_again() {
+        const ProductDirectory directory;
+        ClientWindow window(nullptr);
+        QVERIFY(!has_servers(window));
+        for (const int number : {0, 1, -1}) {
+            QTimer::singleShot(0, &window, [&] {
+                number < 0 ? window.reject() : button(window, number)->click();
+            });
+            QCOMPARE(wants_another_search(window), number == 0);
+        }
+    }
+
+    void account_form() {
+        const TestDirectory directory;
+        QByteArray registry;
+        for (const QString& name : {QStringLiteral("a"), QStringLiteral("b")}) {
+            QDir().mkpath(name + QStringLiteral("/manage.py"));
+            QDir().mkpath(name + QLatin1Char('/') + name +
+                          QStringLiteral("/hubs/management/commands/compte.py"));
+            registry += name.toLatin1() + '|' + directory.path(name).toLocal8Bit() + "|\n";
+        }
+        directory.write(QStringLiteral("networks.data"), registry);
+        directory.fake_command(QStringLiteral("python3"),
+                               "read -r line; echo \"${PWD##*/} $* $line\" > $WORK/asked\n"
+                               "echo Raison. >&2; exit $(cat $WORK/status)");
+        SetupWindow window(nullptr);
+        new AccountForm(window);
+        window.show();
+        const QLabel& result = *window.findChildren<QLabel*>().last();
+        // Adds an account to the second network.
+        const auto save = [&](int role, const QByteArray& status, const QStringList& typed = {}) {
+            directory.write(QStringLiteral("status"), status);
+            window.findChild<QComboBox*>()->setCurrentIndex(role);
+            QTimer::singleShot(0, &window, [] {
+                if (QWidget* choice = QApplication::activeModalWidget()) {
+                    choice->findChild<QComboBox*>()->setCurrentIndex(1);
+                    QTest::keyClick(choice, Qt::Key_Return);
+                }
+            });
+            const QByteArray reasons = refusals(window, typed).toUtf8();
+            return reasons + directory.read(QStringLiteral("asked"));
+        };
+        QCOMPARE(save(0, "0"), "Donnez un pseudonyme.|Donnez un nom.|Donnez un mot de passe.||");
+        QStringList typed = {QStringLiteral(" anne"), QStringLiteral("Anne  Petit"),
+                             QStringLiteral("sésame"), QStringLiteral("sesame")};
+        QCOMPARE(save(0, "0", typed), "|||Les deux mots de passe ne sont pas les mêmes.|");
+        typed[3] = typed[2];
+        const char* const account = " -- anne Anne Petit sésame\n";
+        QCOMPARE(save(0, "3", typed), QByteArray("||Raison.||b manage.py compte super") + account);
+        QCOMPARE(save(1, "4"), QByteArray("Raison.||||b manage.py compte standard") + account);
+        QCOMPARE(save(2, "1"), QByteArray("||||b manage.py compte invite") + account);
+        QCOMPARE(result.text(), QStringLiteral("Le compte n'a pas été ajouté. Raison."));
+        QCOMPARE(window.focusWidget(), button(window, 0));
+        QCOMPARE(save(2, "0"), QByteArray("||||b manage.py compte invite") + account);
+        QCOMPARE(result.text(), QStringLiteral("Le compte «\u00a0anne\u00a0» est ajouté au réseau "
+                                               "«\u00a0b\u00a0»."));
+        const QLineEdit& password = *window.findChildren<QLineEdit*>().last();
+        QVERIFY(password.text().isEmpty() && password.echoMode() == QLineEdit::Password);
+    }
+
+    void creation_form() {
+        const TestDirectory directory;
+        NetworkSelectionWindow window(nullptr);
+        const auto* form = new CreationForm(window);
+        window.show();
+        QCOMPARE(
+            refusals(window, {}),
+            QStringLiteral(
+                "Donnez-lui un nom.||Donnez un pseudo à l'administrateur.|Donnez-lui un mot de passe.||"));
+        QCOMPARE(refusals(window, {QStringLiteral(" l'été "),
+                                   {},
+                                   QStringLiteral("anne"),
+                                   QStringLiteral("a"),
+                                   QStringLiteral("b")})
+                     .section(QLatin1Char('|'), 1),
+                 QStringLiteral("|||Les deux mots de passe ne sont pas les mêmes.|"));
+        const auto fields = window.findChildren<QLineEdit*>();
+        QCOMPARE(fields[1]->text(), QDir::current().filePath(QStringLiteral("l_ete")));
+        QVERIFY(fields[3]->echoMode() == QLineEdit::Password &&
+                fields[4]->echoMode() == QLineEdit::Password);
+        QSignalSpy left(form, &CreationForm::left);
+        QTest::mouseClick(window.findChild<QLabel*>(), Qt::LeftButton);
+        QTRY_COMPARE(left.count(), 1);
     }
 };
 
