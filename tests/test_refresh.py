@@ -76,9 +76,9 @@ class Refresh(unittest.TestCase):
 
     def test_what_the_operator_did_stays(self):
         page, style = self.package / "templates/deux mots.html", self.package / "static"
-        self.start()  # from then on, a missing file is known to be removed
-        page.write_text("mine")
         (self.package / "hubs/__init__.py").unlink()
+        self.start()  # from then on, any missing file is known to be removed
+        page.write_text("mine")
         style.rename(self.project / "mine")
         style.symlink_to(self.project / "mine")
         said = self.upgrade()

@@ -124,12 +124,12 @@ class TemplateTest(ServedNetworkTest):
         self.assertEqual((answer[0], b"Formulaire p" in answer[2]), (403, True))
         self.assertEqual([self.log_in("zoé", "faux") for _ in range(4)], [(200, False)] * 4)
         self.assertEqual(self.log_in("zoé", "un mot de passe"), (302, False))
-        for name, content in [("Été 1.txt", "premier"), ("Été 1.txt", "second"), ("...", "rien"),
-                              ("../../.caché.txt", "c")]:
+        for name, content in [("Été 1.txt", "premier" * 20_000), ("Été 1.txt", "second"),
+                              ("...", "rien"), ("../../.caché.txt", "c")]:
             self.assertEqual(self.send(name, content)[1]["Location"], "/", name)
         self.assertEqual(sorted(os.listdir(self.offered)),
                          ["Bienvenue.txt", "caché.txt", "Été 1.txt"])
-        self.assertEqual((self.offered / "Été 1.txt").read_text("utf-8"), "premier")
+        self.assertEqual((self.offered / "Été 1.txt").read_text("utf-8"), "premier" * 20_000)
         staff, self.cookies = self.cookies, {}
         self.ask("/")  # is kept for visitors
         self.cookies = staff
