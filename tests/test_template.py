@@ -20,11 +20,11 @@ class TemplateTest(ServedNetworkTest):
         (self.project / "nom.txt").write_text("L'été, 5 € – Łódź؟\n" + "é" * 600, "utf-8")
         self.cookies, self.address = {}, "127.0.0.1"
 
-    def ask(self, path, body=None, kind="", method=None):
+    def ask(self, path, body=None, kind=""):
         connection = http.client.HTTPConnection("127.0.0.1", self.port, 60, (self.address, 0))
         self.addCleanup(connection.close)
         cookies = "; ".join(f"{name}={value}" for name, value in self.cookies.items())
-        connection.request(method or ("POST" if body else "GET"), path, body,
+        connection.request("POST" if body else "GET", path, body,
                            {"Cookie": cookies, "Content-Type": kind,
                             "X-Real-IP": os.urandom(8).hex()})  # which nobody may choose himself
         answer = connection.getresponse()
