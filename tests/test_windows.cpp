@@ -98,7 +98,7 @@ std::unique_ptr<QDialog> screen(const QString& name) {
 }
 
 /// Types into a form's fields, saves, and returns why each field is refused.
-QString refusals(const QWidget& window, const QStringList& typed) {
+QByteArray refusals(const QWidget& window, const QStringList& typed) {
     const auto fields = window.findChildren<QLineEdit*>();
     for (int i = 0; i < typed.size(); ++i) {
         if (!typed[i].isNull()) {
@@ -106,10 +106,10 @@ QString refusals(const QWidget& window, const QStringList& typed) {
         }
     }
     QTest::keyClick(fields.last(), Qt::Key_Return);
-    QString reasons;
+    QByteArray reasons;
     if (QTest::qWaitFor([&] { return fields[0]->isEnabled(); })) {
         for (const QLineEdit* field : fields) {
-            reasons += field->accessibleDescription() + QLatin1Char('|');
+            reasons += field->accessibleDescription().toUtf8() + '|';
         }
     }
     return reasons;
@@ -346,7 +346,7 @@ private slots:
                     QTest::keyClick(choice, Qt::Key_Return);
                 }
             });
-            const QByteArray reasons = refusals(window, typed).toUtf8();
+            const QByteArray reasons = refusals(window, typed);
             return reasons + directory.read(QStringLiteral("asked"));
         };
         QCOMPARE(save(0, "0"), "Donnez un pseudonyme.|Donnez un nom.|Donnez un mot de passe.||");
@@ -372,17 +372,12 @@ private slots:
         NetworkSelectionWindow window(nullptr);
         const auto* form = new CreationForm(window);
         window.show();
-        QCOMPARE(
-            refusals(window, {}),
-            QStringLiteral(
-                "Donnez-lui un nom.||Donnez un pseudo à l'administrateur.|Donnez-lui un mot de passe.||"));
-        QCOMPARE(refusals(window, {QStringLiteral(" l'été "),
-                                   {},
-                                   QStringLiteral("anne"),
-                                   QStringLiteral("a"),
-                                   QStringLiteral("b")})
-                     .section(QLatin1Char('|'), 1),
-                 QStringLiteral("|||Les deux mots de passe ne sont pas les mêmes.|"));
+        QCOMPARE(refusals(window, {}),
+                 "Donnez-lui un nom.||Donnez un pseudo à l'administrateur.|"
+                 "Donnez-lui un mot de passe.||");
+        QVERIFY(refusals(window, {QStringLiteral(" l'été "), {}, {}, QStringLiteral("a"), {}})
+                    .endsWith("||Donnez un pseudo à l'administrateur.||Les deux mots de passe ne "
+                              "sont pas les mêmes.|"));
         const auto fields = window.findChildren<QLineEdit*>();
         QCOMPARE(fields[1]->text(), QDir::current().filePath(QStringLiteral("l_ete")));
         QVERIFY(fields[3]->echoMode() == QLineEdit::Password &&

@@ -61,7 +61,7 @@ AccountForm::AccountForm(SetupWindow& shown)
     result->hide();
     // Room for a result of two lines, also with a large font.
     QWidget* panel = save_button->parentWidget();
-    panel->layout()->setContentsMargins(10, 0, 10, 0);
+    panel->layout()->setContentsMargins(10, 6, 10, 0);
     QLayout* section = panel->parentWidget()->layout();
     section->setContentsMargins(10, 10, 10, 0);
     section->setSpacing(0);
