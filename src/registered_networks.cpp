@@ -35,3 +35,12 @@ std::vector<RegisteredNetwork> registered_networks() {
     }
     return networks;
 }
+
+bool has_project(const std::string& directory) {
+    return QFile::exists(QFile::decodeName(directory.c_str()) + QStringLiteral("/manage.py"));
+}
+
+QString project_missing(const std::string& directory) {
+    return QStringLiteral("Son répertoire, %1, n'existe plus ou ne contient pas de réseau.")
+        .arg(QFile::decodeName(directory.c_str()));
+}

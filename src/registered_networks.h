@@ -13,3 +13,9 @@ struct RegisteredNetwork {
 /// Returns the networks of "networks.data" (working directory) in its order; none when there is no
 /// registry that can be read. Lines without a name and a directory are left out. Prints nothing.
 std::vector<RegisteredNetwork> registered_networks();
+
+/// Returns whether a network's directory holds a project.
+bool has_project(const std::string& directory);
+
+/// Returns what to say of a network whose directory holds none.
+QString project_missing(const std::string& directory);

@@ -14,6 +14,7 @@
 #include "label_button.h"
 #include "network_names.h"
 #include "open_url.h"
+#include "registered_networks.h"
 #include "screen_pieces.h"
 #include "server_processes.h"
 #include "start_failure.h"
@@ -171,8 +172,8 @@ void Desk::choose(int n) {
 }
 
 QString Desk::obstacle(const Network& network) {
-    if (!has_project(network)) {
-        return project_missing(network);
+    if (!has_project(network.path)) {
+        return project_missing(network.path);
     }
     if (!starting.tryLock() && starting.error() == QLockFile::LockFailedError) {
         return QStringLiteral("Une autre fenêtre démarre un réseau. Attendez qu'elle ait fini.");

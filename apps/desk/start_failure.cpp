@@ -10,6 +10,7 @@
 
 #include "hub_utilities.h"
 #include "network.h"
+#include "registered_networks.h"
 #include "server_processes.h"
 
 namespace {
@@ -75,18 +76,9 @@ QString django_complaint(const QString& directory) {
 
 }  // namespace
 
-bool has_project(const Network& network) {
-    return QFile::exists(QFile::decodeName(network.path.c_str()) + QStringLiteral("/manage.py"));
-}
-
-QString project_missing(const Network& network) {
-    return QStringLiteral("Son répertoire, %1, n'existe plus ou ne contient pas de réseau.")
-        .arg(QFile::decodeName(network.path.c_str()));
-}
-
 QString start_failure(const Network& network) {
-    if (!has_project(network)) {
-        return project_missing(network);
+    if (!has_project(network.path)) {
+        return project_missing(network.path);
     }
     const std::string address = getIp();
     if (address.empty()) {

@@ -8,9 +8,3 @@ class Network;
 /// told: no project, no address, no terminal, a port that another program holds, or Django's own
 /// last line. Runs commands and blocks until they have ended, some seconds at most.
 QString start_failure(const Network& network);
-
-/// Returns whether the network's directory holds a project.
-bool has_project(const Network& network);
-
-/// Returns what to say of a network without one.
-QString project_missing(const Network& network);

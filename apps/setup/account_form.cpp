@@ -6,7 +6,6 @@
 #include <QInputDialog>
 #include <QLabel>
 #include <QLineEdit>
-#include <QProcessEnvironment>
 #include <QPushButton>
 #include <QVBoxLayout>
 
@@ -26,13 +25,11 @@ QDir project_of(const RegisteredNetwork& network) {
 
 /// Why no account can be made in the network, or an empty text.
 QString obstacle(const RegisteredNetwork& network) {
-    const QDir project = project_of(network);
-    if (!project.exists(QStringLiteral("manage.py"))) {
-        return QStringLiteral(
-                   "Le réseau « %1 » :\nSon répertoire, %2, n'existe plus ou ne "
-                   "contient pas de réseau.")
-            .arg(network.name, project.path());
+    if (!has_project(network.directory)) {
+        return QStringLiteral("Le réseau « %1 » :\n").arg(network.name) +
+               project_missing(network.directory);
     }
+    const QDir project = project_of(network);
     if (!project.exists(project.dirName() +
                         QStringLiteral("/hubs/management/commands/compte.py"))) {
         return QStringLiteral(
