@@ -21,6 +21,7 @@ CreationForm::CreationForm(NetworkSelectionWindow& shown)
     window.new_network_mode();
     fields = window.findChildren<QLineEdit*>().toVector();
     save_button = window.findChild<QPushButton*>();
+    save_text = save_button->text();
     back_link = window.findChild<QLabel*>();
 
     fields[name]->setMaxLength(100);
@@ -82,8 +83,7 @@ void CreationForm::set_busy(bool busy) {
     save_button->parentWidget()->setEnabled(!busy);
     back_link->setEnabled(!busy);
     // In the button: a large font leaves no room for another line.
-    save_button->setText(busy ? QStringLiteral("Création en cours…")
-                              : QStringLiteral("Enregistrer le Reseau"));
+    save_button->setText(busy ? QStringLiteral("Création en cours…") : save_text);
     if (busy) {
         window.setCursor(Qt::BusyCursor);
     } else {

@@ -38,6 +38,7 @@ private:
     NetworkSelectionWindow& window;
     QVector<QLineEdit*> fields;
     QPushButton* save_button = nullptr;
+    QString save_text;
     QLabel* back_link = nullptr;
     QSet<QString> taken_names;
     bool refused = false;
