@@ -8,7 +8,7 @@ import unittest
 from pathlib import Path
 
 SOURCE = Path(__file__).resolve().parent.parent
-PACKAGING = SOURCE / "packaging"
+START = SOURCE / "apps/start"
 OLD = {"settings.py": "NETWORK_NAME = PACKAGE\n", "urls.py": "", "hubs/__init__.py": "",
        "hubs/processes.py": (SOURCE / "runtime/hubs/processes.py").read_text(),
        "hubs/views.py": "page = 1\n", "templates/deux mots.html": "1", "static/a.css": "1",
@@ -27,7 +27,7 @@ class Refresh(unittest.TestCase):
         self.root = Path(os.path.realpath(directory.name))
         for folder, name in (("bin", "quorvale-start"), ("libexec/quorvale", "refresh_networks")):
             (self.root / folder).mkdir(parents=True)
-            (self.root / folder / name).write_bytes((PACKAGING / name).read_bytes())
+            (self.root / folder / name).write_bytes((START / name).read_bytes())
             (self.root / folder / name).chmod(0o755)
         (self.root / "bin/quorvale-true").symlink_to("/bin/true")
         self.write(self.root / "share/quorvale", OLD)

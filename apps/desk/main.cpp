@@ -1,9 +1,9 @@
 #include <QApplication>
 
-#include "../usage.h"
 #include "applicationsetup.h"
 #include "desk.h"
 #include "french_texts.h"
+#include "usage.h"
 
 int main(int argc, char** argv) {
     if (asked_for_help(

@@ -2,10 +2,10 @@
 #include <memory>
 
 #include "applicationsetup.h"
-#include "client/client_controls.h"
-#include "client/search_wait.h"
+#include "client_controls.h"
 #include "clientwindow.h"
 #include "french_texts.h"
+#include "search_wait.h"
 #include "usage.h"
 
 namespace {

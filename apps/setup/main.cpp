@@ -1,8 +1,8 @@
 #include <QApplication>
 
+#include "account_form.h"
 #include "applicationsetup.h"
 #include "french_texts.h"
-#include "setup/account_form.h"
 #include "setupwindow.h"
 #include "usage.h"
 

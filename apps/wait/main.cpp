@@ -8,7 +8,7 @@
 #include <string_view>
 
 #include "applicationsetup.h"
-#include "wait/wait_window.h"
+#include "wait_window.h"
 
 // Started by the client, see SearchWait. Without arguments it shows the wait, until it is killed;
 // status 0 says that the operator has closed it. "--end" ends what was started by the program that
