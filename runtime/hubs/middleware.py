@@ -1,14 +1,12 @@
 """What every request and answer of a network has in common."""
 
 import math
-import time
 
 from django.conf import settings
 from django.http import StreamingHttpResponse
 from django.template.loader import render_to_string
 
-_PIECE = 64 * 1024
-_SECONDS_FOR_THE_REST = 5
+from .bodies import drain
 
 
 def visitors_own_address(get_response):
@@ -54,10 +52,8 @@ def _page_and_rest(request, page):
     """The page. Then reads on for a while where that is safe: a web server that is still passing
     the body on would take the end of the connection for a fault, and not look at the page."""
     yield page
-    end = time.monotonic() + _SECONDS_FOR_THE_REST
     if request.META.get("wsgi.input_terminated"):
-        while time.monotonic() < end and request.META["wsgi.input"].read(_PIECE):
-            pass
+        drain(request.META["wsgi.input"].read)
 
 
 def _refused(request):

@@ -1,36 +1,61 @@
 """The server of a network: Django's own, made to hold a school.
 
-What differs from Django's: connections may queue (128), none may idle for longer than 20 seconds,
-and there is a bound to how many are open; nothing is looked up in the DNS; answers are not held
-back on kept connections; and of a body that the page does not read, only pieces are ever in memory.
+What differs from Django's: connections may queue (128), and only so many may be open; none may wait
+for a request for long, take its time over a request's head, or stand still; nothing is looked up in
+the DNS; answers are not held back on kept connections; files are sent by the kernel; and of a body
+that the page does not read, only pieces are ever in memory.
 """
 
-import collections
 import http
+import io
 import socketserver
 import sys
-import threading
 import time
 
 from django.core.servers import basehttp
 
+from .bodies import DRAIN_SECONDS, PIECE, drain
+from .connections import Connections
 from .terminal import harmless
+from .transfers import Part
 
+# How long a connection may wait for a request, and then for the whole of its head
 IDLE_SECONDS = 20
-MOST_CONNECTIONS = 500
-# A class behind one router has one address, and a browser opens up to six connections.
-MOST_OF_AN_ADDRESS = 200
+HEAD_SECONDS = 20
+# How long it may stand still in the middle of a body or an answer
+STILL_SECONDS = 120
 
-_MOST_OF_A_HEAD = 32 * 1024
-_PIECE = 64 * 1024
-_SECONDS_FOR_THE_REST = 5
+_MAX_HEAD = 32 * 1024
 
 _BUSY = (b"HTTP/1.1 503 Service Unavailable\r\nContent-Length: 0\r\nRetry-After: 5\r\n"
          b"Connection: close\r\n\r\n")
 
 
+class _Stream(io.RawIOBase):
+    """Reads from a connection, which may stand still for STILL_SECONDS; after limit(), it must be
+    done within a time."""
+
+    def __init__(self, connection):
+        self._connection = connection
+        self.limit(None)
+
+    def limit(self, seconds):
+        """Everything that is read from now on must come within that time; None: no such limit."""
+        self._end = None if seconds is None else time.monotonic() + seconds
+
+    def readable(self):
+        return True
+
+    def readinto(self, buffer):
+        left = STILL_SECONDS if self._end is None else self._end - time.monotonic()
+        if left <= 0:
+            raise TimeoutError
+        self._connection.settimeout(left)
+        return self._connection.recv_into(buffer)
+
+
 class _Bounded:
-    """As much of a stream as there may be of it."""
+    """Reads at most LEFT bytes of a stream, and calls AT_FIRST before the first of them."""
 
     def __init__(self, stream, left, at_first=None):
         self._stream, self.left, self._at_first = stream, left, at_first
@@ -63,11 +88,26 @@ class _Answer(basehttp.ServerHandler):
 
     def cleanup_headers(self):
         super().cleanup_headers()
-        if self._body.left > _PIECE or self._body.waits:
+        if self._body.left > PIECE or self._body.waits:
             self.headers["Connection"] = "close"
             self.request_handler.close_connection = True
 
+    def sendfile(self):
+        """Send a file by the kernel. Returns whether the answer is one."""
+        if not isinstance(self.result.filelike, Part):
+            return False
+        self.send_headers()
+        self.bytes_sent = self.result.filelike.send(self.request_handler.connection)
+        return True
+
+    def _is_whole(self):
+        announced = self.headers.get("Content-Length") if self.headers else None
+        return (announced in (None, str(self.bytes_sent))
+                or self.environ["REQUEST_METHOD"] == "HEAD")
+
     def close(self):
+        if not self._is_whole():  # the next answer would be taken for the rest of this one
+            self.request_handler.close_connection = True
         self.request_handler.skip(self._body)
         super(basehttp.ServerHandler, self).close()  # Django's would read the rest at once
 
@@ -79,11 +119,16 @@ class _Answer(basehttp.ServerHandler):
 
 
 class _RequestHandler(basehttp.WSGIRequestHandler):
-    timeout = IDLE_SECONDS
     disable_nagle_algorithm = True
 
+    def setup(self):
+        super().setup()
+        self.rfile.close()
+        self._stream = _Stream(self.connection)
+        self.rfile = io.BufferedReader(self._stream, PIECE)
+
     def parse_request(self):
-        connection, self.rfile = self.rfile, _Bounded(self.rfile, _MOST_OF_A_HEAD)
+        connection, self.rfile = self.rfile, _Bounded(self.rfile, _MAX_HEAD)
         self._told_to_send = None
         try:
             if not super().parse_request():
@@ -107,14 +152,23 @@ class _RequestHandler(basehttp.WSGIRequestHandler):
         self._told_to_send = super().handle_expect_100
         return True
 
-    def handle_one_request(self):
-        self.raw_requestline = self.rfile.readline(_PIECE)
-        if len(self.raw_requestline) == _PIECE:
+    def read_head(self):
+        """Returns whether there is a request that can be answered."""
+        self._stream.limit(IDLE_SECONDS)
+        self.rfile.peek(1)
+        self._stream.limit(HEAD_SECONDS)
+        self.raw_requestline = self.rfile.readline(PIECE)
+        if len(self.raw_requestline) == PIECE:
             self.requestline = self.request_version = self.command = ""
             self.send_error(http.HTTPStatus.REQUEST_URI_TOO_LONG)
+            return False
+        return self.parse_request()
+
+    def handle_one_request(self):
+        if not self.read_head():
             return
-        if not self.parse_request():
-            return
+        self._stream.limit(None)
+        self.connection.settimeout(STILL_SECONDS)
         body = _Bounded(self.rfile, int(self.headers.get("Content-Length", "0")),
                         self._told_to_send)
         _Answer(body, self, self.wfile, self.get_stderr(), self.get_environ()).run(
@@ -123,14 +177,10 @@ class _RequestHandler(basehttp.WSGIRequestHandler):
             self.close_connection = True
 
     def skip(self, body):
-        """Read on for a while, so that a client that is still sending comes to see the answer."""
-        end = time.monotonic() + _SECONDS_FOR_THE_REST
-        while body.left and not body.waits and time.monotonic() < end:
-            try:
-                if not body.read(_PIECE):
-                    break
-            except OSError:
-                break
+        """Read on for a while, if the client is still sending."""
+        if body.left and not body.waits:
+            self._stream.limit(DRAIN_SECONDS)
+            drain(body.read)
 
     def log_message(self, text, *arguments):
         super().log_message(text, *(harmless(argument) if isinstance(argument, str) else argument
@@ -141,9 +191,7 @@ class Server(basehttp.ThreadedWSGIServer):
     request_queue_size = 128
 
     def __init__(self, address, ipv6=False):
-        self._addresses = {}  # of each open connection
-        self._counts = collections.Counter()
-        self._lock = threading.Lock()
+        self._connections = Connections()
         super().__init__(address, _RequestHandler, ipv6=ipv6)
 
     def server_bind(self):
@@ -152,12 +200,8 @@ class Server(basehttp.ThreadedWSGIServer):
         self.setup_environ()
 
     def verify_request(self, request, client_address):
-        with self._lock:
-            self._addresses[request] = client_address[0]
-            self._counts[client_address[0]] += 1
-            if (len(self._addresses) <= MOST_CONNECTIONS
-                    and self._counts[client_address[0]] <= MOST_OF_AN_ADDRESS):
-                return True
+        if self._connections.add(request, client_address[0]):
+            return True
         request.setblocking(False)
         try:
             request.send(_BUSY)
@@ -167,12 +211,7 @@ class Server(basehttp.ThreadedWSGIServer):
 
     def shutdown_request(self, request):
         """Called once for every connection, also for those that were refused."""
-        with self._lock:
-            address = self._addresses.pop(request, None)
-            if address is not None:
-                self._counts[address] -= 1
-                if not self._counts[address]:
-                    del self._counts[address]
+        self._connections.remove(request)
         super().shutdown_request(request)
 
     def handle_error(self, request, client_address):

@@ -6,12 +6,13 @@ from django.conf import settings
 from django.contrib import messages
 from django.contrib.admin.views.decorators import staff_member_required
 from django.core.paginator import Paginator
-from django.http import FileResponse, Http404, HttpResponse
+from django.http import Http404, HttpResponse
 from django.shortcuts import redirect, render
 from django.views.decorators.http import require_http_methods, require_safe
 
 from . import addresses, handed_in, limits, names, resources
 from .kept_pages import same_for_visitors
+from .transfers import send_file
 
 FILES_PER_PAGE = 50
 
@@ -59,18 +60,18 @@ def address(request):
     })
 
 
-def _file(folder, name, shown_name):
+def _file(request, folder, name):
     try:
         file = folder.open(name)
     except OSError as error:
         raise Http404 from error
-    return FileResponse(file, as_attachment=True, filename=shown_name)
+    return send_file(request, file, name)
 
 
 @require_safe
-def download(_request, name):
+def download(request, name):
     """One offered file."""
-    return _file(resources.OFFERED, name, name)
+    return _file(request, resources.OFFERED, name)
 
 
 @require_http_methods(["GET", "HEAD", "POST"])
@@ -188,6 +189,6 @@ def list_handed_in(request):
 
 @require_safe
 @staff_member_required
-def download_handed_in(_request, name):
+def download_handed_in(request, name):
     """One file that has been handed in."""
-    return _file(handed_in.FOLDER, name, name)
+    return _file(request, handed_in.FOLDER, name)
