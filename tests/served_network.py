@@ -22,12 +22,21 @@ class ServedNetworkTest(unittest.TestCase):
         self.offered = self.project / "Atelier" / "ressources"
         self.handed_in = self.project / "Atelier" / "depots"
         self.run_in(directory.name, "django-admin", "startproject", "Atelier")
-        self.run_in(TEMPLATE, "cp", "-r", "settings.py", "urls.py", "hubs", "ressources",
+        self.run_in(TEMPLATE, "cp", "-a", "settings.py", "urls.py", "hubs", "ressources",
                     "templates", "static", self.project / "Atelier")
+        self.offer("Bienvenue.txt")
 
     def run_in(self, directory, *command):
         subprocess.run(command, cwd=directory, env=ENVIRONMENT, check=True,
                        stdout=subprocess.DEVNULL)
+
+    def offer(self, path, content="contenu", seconds_ago=600):
+        file = self.offered / path
+        file.parent.mkdir(parents=True, exist_ok=True)
+        file.write_text(content, "utf-8")
+        then = time.time() - seconds_ago
+        os.utime(file, (then, then))
+        return file
 
     def manage(self, *arguments):
         self.run_in(self.project, "python3", "manage.py", *arguments)

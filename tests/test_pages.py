@@ -80,7 +80,7 @@ class PagesTest(ServedNetworkTest):
 
     def test_pages(self):
         for number in range(50):
-            (self.offered / f"Fiche {number:02}.pdf").write_bytes(b"%PDF")
+            self.offer(f"Fiche {number:02}.pdf", "%PDF")
         (self.project / "nom.txt").write_text("Atelier de l'été", "utf-8")
         lesson = self.project / "Leçon <1> & 2.txt"
         lesson.write_text("La leçon", "utf-8")

@@ -40,9 +40,8 @@ class TemplateTest(ServedNetworkTest):
         return self.ask(path, body.encode(), "multipart/form-data; boundary=B")
 
     def test_visitors(self):
-        (self.offered / "dossier").mkdir()
-        for name in (".cache.txt", "Été 100% #1?.txt", "a\nb.txt", "dossier/x.txt", "\udce9.txt"):
-            (self.offered / name).write_text("contenu")
+        for name in (".cache.txt", "Été 100% #1?.txt", "a\nb.txt", "\udce9.txt"):
+            self.offer(name)
         (self.offered / "lien.txt").symlink_to(self.settings)
         self.start_server()  # the database does not exist yet
         page = self.ask("/")[2].decode()
@@ -67,8 +66,7 @@ class TemplateTest(ServedNetworkTest):
                 *((f"/ressources/{name}", 404) for name in (
                     "", ".", "..", "../settings.py", "%2e%2e/settings.py", "..%2fsettings.py",
                     "%00", "..%5csettings.py", "Bienvenue.txt%00", ".cache.txt", "lien.txt",
-                    "%E9.txt", "dossier", "dossier%2fx.txt",
-                    "a%0Ab.txt", quote(str(self.settings), ""), "x" * 300))]:
+                    "%E9.txt", "a%0Ab.txt", quote(str(self.settings), ""), "x" * 300))]:
             self.assertEqual(self.ask(path)[0], expected, path)
         for head, status in [
                 ("Transfer-Encoding: chunked\r\n\r\n0", b"411"),
@@ -124,6 +122,7 @@ class TemplateTest(ServedNetworkTest):
         self.start_server()
         for change, whole in [(2, True), (0.5, False)]:
             path.write_bytes(bytes(32 << 20))
+            os.utime(path, (10**9, 10**9))
             with socket.create_connection(("127.0.0.1", self.port), 60) as client:
                 client.sendall(head % b"ressources/journal.txt")
                 with client.makefile("rb") as stream:
@@ -134,6 +133,46 @@ class TemplateTest(ServedNetworkTest):
                     self.assertEqual(len(stream.read(size)) == size, whole)
                     client.sendall(head % b"_infos/kl/")
                     self.assertEqual(stream.readline()[9:12] == b"200", whole)
+
+    def test_folders(self):
+        outside = self.project / "dehors"
+        outside.mkdir()
+        (outside / "x.txt").touch()
+        for path in ("Cours/Été/L’œuvre.txt", "Cours/.caché.txt", ".caché/x.txt", "Cours/a\nb/x.txt",
+                     "Cours/B.txt", "Cours/a#1.txt"):
+            self.offer(path)
+        self.bound("COPYING_SECONDS", 60)
+        self.offer("Cours/arrive.txt", seconds_ago=0)
+        (self.offered / "Cours" / "lien").symlink_to(outside)
+        (self.offered / "Cours" / "lien.txt").symlink_to("B.txt")
+        os.mkfifo(self.offered / "Cours" / "tube")
+        self.make_account()
+        self.start_server()
+        links = 'href="(/ressources/[^"]*)"'
+        self.assertEqual(re.findall(links, self.ask("/")[2].decode()),
+                         ["/ressources/Cours/", "/ressources/Bienvenue.txt"])
+        page = self.ask("/ressources/Cours/")[2].decode()
+        self.assertEqual(re.findall(links, page), [
+            "/ressources/Cours/" + quote("Été/"), "/ressources/Cours/a%231.txt",
+            "/ressources/Cours/B.txt"])
+        self.assertEqual((page.count("en cours de copie"), "4 éléments" in page), (1, False))
+        for path, expected in [
+                ("Cours/arrive.txt", 503), ("Cours", 302), ("Cours/B.txt", 200),
+                (quote("Cours/Été/L’œuvre.txt"), 200), ("Cours%2FB.txt", 200),
+                ("Cours/lien/x.txt", 404), ("Cours/lien/", 404), ("Cours/lien.txt", 404),
+                ("Cours/tube", 404), ("Cours/B.txt/", 404), ("Cours//B.txt", 404),
+                ("Cours/../Bienvenue.txt", 404), ("Cours/%2e%2e/Bienvenue.txt", 404),
+                ("Cours/a%0Ab/x.txt", 404), (quote("Cours/.caché.txt"), 404),
+                (quote(".caché/x.txt"), 404), (quote(".caché/"), 404), ("Absent/", 404)]:
+            self.assertEqual(self.ask("/ressources/" + path)[0], expected, path)
+        found = re.findall(links, self.ask("/?q=oeuvre+L%27")[2].decode())
+        self.assertEqual(found, ["/ressources/" + quote("Cours/Été/L’œuvre.txt"),
+                                 "/ressources/" + quote("Cours/Été/")])
+        self.log_in("zoé", "un mot de passe")
+        self.assertIn("4 éléments", self.ask("/ressources/Cours/")[2].decode())
+        answer = self.send("B.txt", "", "/supprimer/Cours/B.txt")
+        self.assertEqual((answer[0], answer[1]["Location"]), (302, "/ressources/Cours/"))
+        self.assertFalse((self.offered / "Cours" / "B.txt").exists())
 
     def bound(self, name, value):
         file = self.project / "Atelier" / "hubs" / "limits.py"
@@ -184,7 +223,7 @@ class TemplateTest(ServedNetworkTest):
         self.cookies = staff
         page = self.ask("/")[2].decode()
         self.assertIn("existe déjà\xa0: il n&#x27;a pas été remplacé", page)
-        self.assertEqual(self.ask("/ressources/%00/retirer")[0], 404)
+        self.assertEqual(self.ask("/supprimer/%00")[0], 404)
         self.cookies = {}
         tries = [self.log_in("zoé", "faux") for _ in range(6)] + [
             self.log_in("zoé", "un mot de passe"), self.log_in("luc", "faux")]
@@ -201,7 +240,7 @@ class TemplateTest(ServedNetworkTest):
         self.start_server()
         self.log_in("inconnu", "faux")  # brings the token of forms
         for path in ["/remis/", "/remis/secret.txt", "/remis/secret.txt/retirer", "/depot/",
-                     "/remettre/ouverture/", "/ressources/Bienvenue.txt/retirer"]:
+                     "/remettre/ouverture/", "/supprimer/Bienvenue.txt"]:
             for answer in [self.ask(path), self.send("a.txt", "a", path)]:
                 self.assertIn((answer[0], (answer[1]["Location"] or "")[:13]),
                               [(302, "/admin/login/"), (405, "")], path)

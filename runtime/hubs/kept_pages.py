@@ -44,16 +44,16 @@ def same_for_visitors(view):
     """Keep what the view answers for a second, for visitors who bring none of our cookies. What
     gives a visitor something of his own (a form's token, a cookie) is not kept."""
     @functools.wraps(view)
-    def kept_view(request):
+    def kept_view(request, **words):
         if _is_personal(request):
-            return view(request)
+            return view(request, **words)
         address = (request.META.get("HTTP_HOST"), request.path, request.META["QUERY_STRING"])
         body = _good(address)
         if body is None:
             with _rendering:  # the others wait for the one page
                 body = _good(address)
                 if body is None:
-                    response = view(request)
+                    response = view(request, **words)
                     if (response.status_code != 200 or response.cookies
                             or "CSRF_COOKIE" in request.META):
                         return response

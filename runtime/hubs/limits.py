@@ -17,3 +17,7 @@ SPARE_BYTES = 500 * 2**20
 # Each process of a server counts for itself.
 LOGIN_TRIES = 5
 LOGIN_PAUSE = 60
+
+# For how many seconds after its last change an offered file is not given: a file manager may still
+# be copying it
+COPYING_SECONDS = 2

@@ -1,13 +1,18 @@
-"""Folders of files: plain visible files in them, and nothing else, are shown, given and removed."""
+"""Folders of files: plain visible files and folders in them, and nothing else, are shown."""
 
 import errno
 import os
 import re
+import stat
 import tempfile
 import time
 import unicodedata
+from contextlib import contextmanager
+from typing import NamedTuple
 
 from django.conf import settings
+
+from . import limits
 
 # Bytes that are no UTF-8 stand in names as surrogates. What turns the direction of writing around
 # would make a program look like a picture.
@@ -23,9 +28,14 @@ _CAUSES = {
     errno.ENOENT: "le répertoire ou le fichier n'existe plus",
 }
 
+# What stands for more than one letter, or for another sign on a keyboard
+_LIGATURES = str.maketrans({"œ": "oe", "Œ": "oe", "æ": "ae", "Æ": "ae", "’": "'"})
+
+_FOLDER = os.O_RDONLY | os.O_DIRECTORY | os.O_CLOEXEC
+
 
 def is_fit(name):
-    """Whether a file of that name may be shown: it is visible and stays in the folder."""
+    """Whether what bears that name may be shown: it is visible and stays in its folder."""
     return bool(name) and name[0] != "." and not _UNFIT_CHARACTERS.search(name)
 
 
@@ -39,51 +49,149 @@ def cause(error):
     return _CAUSES.get(error.errno, f"erreur {error.errno} du système")
 
 
-def _sorting_key(name):
-    plain = unicodedata.normalize("NFKD", name).encode("ascii", "ignore").lower()
-    return plain, name
+def plain(name):
+    """The name as it is searched and ordered: without accents, in lower case."""
+    if name.isascii():
+        return name.lower()
+    apart = unicodedata.normalize("NFKD", name.translate(_LIGATURES))
+    return "".join(char for char in apart if not unicodedata.combining(char)).casefold()
+
+
+def is_being_copied(status):
+    """Whether a file of that os.stat_result changed a moment ago."""
+    return -1 < time.time() - status.st_mtime < limits.COPYING_SECONDS
+
+
+class Entry(NamedTuple):
+    """A file or a folder, as it was when its folder was read."""
+
+    path: str  # from the outermost folder, names joined by "/"
+    name: str
+    key: str  # its plain name
+    is_folder: bool
+    changed: float
+
+    @property
+    def folder(self):
+        """The path of the folder that it is in; empty for the outermost."""
+        return self.path.rpartition("/")[0]
+
+
+class Listing(NamedTuple):
+    """What is in a folder: its folders first, each kind in alphabetical order."""
+
+    entries: list
+    left_out: int  # how many links, special files and unfit names there are
+
+
+def _read(descriptor, path):
+    """The Listing of the open folder at the path."""
+    found, left_out = [], 0
+    prefix = f"{path}/" if path else ""
+    with os.scandir(descriptor) as entries:
+        for entry in entries:
+            is_folder = entry.is_dir(follow_symlinks=False)
+            if is_fit(entry.name) and (is_folder or entry.is_file(follow_symlinks=False)):
+                try:
+                    changed = entry.stat(follow_symlinks=False).st_mtime
+                except FileNotFoundError:
+                    continue
+                found.append(Entry(prefix + entry.name, entry.name, plain(entry.name), is_folder,
+                                   changed))
+            elif not entry.name.startswith("."):
+                left_out += 1
+    found.sort(key=lambda entry: (not entry.is_folder, entry.key, entry.name))
+    return Listing(found, left_out)
 
 
 class Folder:
-    """The files of one folder, which may be missing."""
+    """A folder, which may be missing, and all that is in it.
+
+    Paths begin in it, and consist of names with "/" between them. No link is followed on the way:
+    one could lead out of the folder.
+    """
 
     def __init__(self, path, rights):
         self._path = path
         self._rights = rights
-        # When the folder last changed, and the names of then: large folders take long to read.
-        self._kept_names = (None, [])
+        # Of each folder, when it last changed and what was in it: large ones take long to read.
+        self._kept = {}
 
-    def names(self):
-        """The names of the files, in alphabetical order whatever the accents."""
+    @contextmanager
+    def _opened(self, path):
+        """A descriptor of the folder at the path. Raises OSError if there is none to be shown."""
+        descriptor = os.open(self._path, _FOLDER)
         try:
-            changed = os.stat(self._path).st_mtime_ns
-            kept_changed, kept = self._kept_names
-            if kept_changed == changed:
-                return kept
-            with os.scandir(self._path) as entries:
-                found = [entry.name for entry in entries
-                         if is_fit(entry.name) and entry.is_file(follow_symlinks=False)]
+            for name in path.split("/") if path else ():
+                if not is_fit(name):
+                    raise FileNotFoundError(errno.ENOENT, name)
+                outer = descriptor
+                descriptor = os.open(name, _FOLDER | os.O_NOFOLLOW, dir_fd=outer)
+                os.close(outer)
+            yield descriptor
+        finally:
+            os.close(descriptor)
+
+    @contextmanager
+    def _holding(self, path):
+        """A descriptor of the folder that holds what is at the path, and its name there."""
+        folder, _, name = path.rpartition("/")
+        if not is_fit(name):
+            raise FileNotFoundError(errno.ENOENT, name)
+        with self._opened(folder) as descriptor:
+            yield descriptor, name
+
+    def listing(self, path=""):
+        """The Listing of the folder at the path. Raises OSError if there is none to be shown."""
+        try:
+            with self._opened(path) as descriptor:
+                changed = os.fstat(descriptor).st_mtime_ns
+                kept_changed, kept = self._kept.get(path, (None, None))
+                if kept_changed == changed:
+                    return kept
+                found = _read(descriptor, path)
         except FileNotFoundError:
-            return []
-        found.sort(key=_sorting_key)
+            if path:
+                raise
+            return Listing([], 0)
         # A folder that has just changed may change again within the same tick of its clock.
         if time.time_ns() - changed > 3_000_000_000:
-            self._kept_names = (changed, found)
+            self._kept[path] = (changed, found)
         return found
 
-    def status(self, name):
+    def walk(self, path=""):
+        """Yields every Entry in the folder at the path and in those below it."""
+        pending = [path]
+        while pending:
+            try:
+                entries = self.listing(pending.pop()).entries
+            except OSError:
+                continue  # it has gone, or may not be read
+            yield from entries
+            pending += [entry.path for entry in entries if entry.is_folder]
+
+    def names(self):
+        """The names of the files right in the folder, in alphabetical order."""
+        return [entry.name for entry in self.listing().entries if not entry.is_folder]
+
+    def status(self, path):
         """What os.lstat tells of the file; None if it has gone, or could not be there."""
         try:
-            return os.lstat(self._path / name) if is_fit(name) else None
+            with self._holding(path) as (folder, name):
+                return os.stat(name, dir_fd=folder, follow_symlinks=False)
         except OSError:
             return None
 
-    def open(self, name):
+    def open(self, path):
         """The file, open for reading. Raises OSError if there is none of that name to be given."""
-        self._check(name)
-        # A link could lead out of the folder.
-        return open(self._path / name, "rb",
-                    opener=lambda path, flags: os.open(path, flags | os.O_NOFOLLOW))
+        with self._holding(path) as (folder, name):
+            # Without O_NONBLOCK, a FIFO would hold whoever opens it.
+            descriptor = os.open(name, os.O_RDONLY | os.O_NOFOLLOW | os.O_NONBLOCK | os.O_CLOEXEC,
+                                 dir_fd=folder)
+        if not stat.S_ISREG(os.fstat(descriptor).st_mode):
+            os.close(descriptor)
+            raise FileNotFoundError(errno.ENOENT, name)
+        return os.fdopen(descriptor, "rb")
 
     def keep(self, name, chunks):
         """Write a new file whole or not at all. Raises FileExistsError if the name is taken."""
@@ -92,20 +200,20 @@ class Folder:
             with os.fdopen(descriptor, "wb") as file:
                 for chunk in chunks:
                     file.write(chunk)
+                file.flush()
                 os.fchmod(descriptor, self._rights)
+                whole_since = time.time() - limits.COPYING_SECONDS
+                os.utime(descriptor, (whole_since, whole_since))
             os.link(part, self._path / name)
         finally:
             os.unlink(part)
 
-    def remove(self, name):
+    def remove(self, path):
         """Remove the file for good. Raises OSError if there is none of that name."""
-        self._check(name)
-        os.unlink(self._path / name)
-
-    def _check(self, name):
-        path = self._path / name
-        if not is_fit(name) or path.is_symlink() or not path.is_file():
-            raise FileNotFoundError(errno.ENOENT, name)
+        with self._holding(path) as (folder, name):
+            if not stat.S_ISREG(os.stat(name, dir_fd=folder, follow_symlinks=False).st_mode):
+                raise FileNotFoundError(errno.ENOENT, name)
+            os.unlink(name, dir_fd=folder)
 
 
 OFFERED = Folder(settings.RESOURCES_DIR, 0o644)

@@ -1,20 +1,20 @@
 """The pages of a network."""
 
+import os
+import stat
 from datetime import datetime, timezone
 
 from django.conf import settings
 from django.contrib import messages
 from django.contrib.admin.views.decorators import staff_member_required
-from django.core.paginator import Paginator
 from django.http import Http404, HttpResponse
 from django.shortcuts import redirect, render
+from django.urls import reverse
 from django.views.decorators.http import require_http_methods, require_safe
 
-from . import addresses, handed_in, limits, names, resources
+from . import addresses, handed_in, limits, lists, names, resources
 from .kept_pages import same_for_visitors
 from .transfers import send_file
-
-FILES_PER_PAGE = 50
 
 # Settings of older networks hold their name.
 _OLD_NAME = getattr(settings, "NETWORK_NAME", None)
@@ -31,11 +31,9 @@ def network_name():
 @same_for_visitors
 def index(request):
     """The landing page. A visitor without a session needs no database for it."""
-    page = Paginator(resources.OFFERED.names(), FILES_PER_PAGE).get_page(request.GET.get("page"))
     return render(request, "index.html", {
+        **lists.context(request),
         "network_name": network_name(),
-        "page": page,
-        "files": [(name, resources.OFFERED.status(name)) for name in page],
         "hand_in_is_open": handed_in.is_open(),
         "handed_in": handed_in.FOLDER.names,
     })
@@ -60,18 +58,43 @@ def address(request):
     })
 
 
-def _file(request, folder, name):
+@require_safe
+@same_for_visitors
+def folder_page(request, path):
+    """The files and folders in an offered folder."""
+    *outer, name = path.split("/")
     try:
-        file = folder.open(name)
+        shown = lists.context(request, path)
     except OSError as error:
         raise Http404 from error
-    return send_file(request, file, name)
+    return render(request, "folder.html", {
+        **shown,
+        "folder": path,
+        "name": name,
+        "outer": [("/".join(outer[:end]), outer[end - 1]) for end in range(1, len(outer) + 1)],
+    })
+
+
+def _opened(folder, path):
+    try:
+        return folder.open(path)
+    except OSError as error:
+        raise Http404 from error
 
 
 @require_safe
-def download(request, name):
-    """One offered file."""
-    return _file(request, resources.OFFERED, name)
+def download(request, path):
+    """One offered file. A folder's name leads to the folder's page."""
+    status = resources.OFFERED.status(path)
+    if status and stat.S_ISDIR(status.st_mode):
+        return redirect("folder", path)
+    file = _opened(resources.OFFERED, path)
+    if resources.is_being_copied(os.fstat(file.fileno())):
+        file.close()
+        response = render(request, "being_copied.html", status=503)
+        response["Retry-After"] = "2"
+        return response
+    return send_file(request, file, os.path.basename(path))
 
 
 @require_http_methods(["GET", "HEAD", "POST"])
@@ -106,21 +129,29 @@ def _offer(request, file):
                                 f"{resources.cause(error)}.")
 
 
+def _list_address(page, path):
+    """The address of the list that a file is in: a page, or an offered folder's."""
+    folder = os.path.dirname(path)
+    return reverse("folder", args=[folder]) if folder else reverse(page)
+
+
 @require_http_methods(["GET", "HEAD", "POST"])
 @staff_member_required
 def remove(request, name, folder, back):
     """Remove a file of the folder, once it has been asked whether that is meant."""
-    if not folder.status(name):
+    status = folder.status(name)
+    if not status or not stat.S_ISREG(status.st_mode):
         raise Http404
     if request.method != "POST":
-        return render(request, "remove.html", {"name": name, "back": back})
+        return render(request, "remove.html", {
+            "name": os.path.basename(name), "back": _list_address(back, name)})
     try:
         folder.remove(name)
-        messages.success(request, f"«\xa0{name}\xa0» a été supprimé.")
+        messages.success(request, f"«\xa0{os.path.basename(name)}\xa0» a été supprimé.")
     except OSError as error:
-        messages.error(request, f"«\xa0{name}\xa0» n'a pas pu être supprimé\xa0: "
+        messages.error(request, f"«\xa0{os.path.basename(name)}\xa0» n'a pas pu être supprimé\xa0: "
                                 f"{resources.cause(error)}.")
-    return redirect(back)
+    return redirect(_list_address(back, name))
 
 
 @require_http_methods(["GET", "HEAD", "POST"])
@@ -191,4 +222,4 @@ def list_handed_in(request):
 @staff_member_required
 def download_handed_in(request, name):
     """One file that has been handed in."""
-    return _file(request, handed_in.FOLDER, name)
+    return send_file(request, _opened(handed_in.FOLDER, name), name)
