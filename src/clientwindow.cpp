@@ -25,11 +25,14 @@ void ClientWindow::searching_networks_mode() {
     page->setContentsMargins(0, 0, 0, 0);
     page->setAlignment(Qt::AlignHCenter | Qt::AlignVCenter | Qt::AlignTop);
 
-    page->addWidget(centred_animation(QStringLiteral("wifi.gif"), QSize(335, 335)));
+    page->addWidget(
+        named("search_animation", centred_animation(QStringLiteral("wifi.gif"), QSize(335, 335))));
 
-    auto* text = new QLabel(
-        QStringLiteral("<div style='font-size:24px;color:blue;margin-bottom:30px;  '> Recherche "
-                       "d'un Reseau disponible ... </div>"));
+    auto* text =
+        named("search_text",
+              new QLabel(QStringLiteral(
+                  "<div style='font-size:24px;color:blue;margin-bottom:30px;  '> Recherche "
+                  "d'un Reseau disponible ... </div>")));
     text->setAlignment(Qt::AlignCenter);
     page->addWidget(text);
 
@@ -50,14 +53,16 @@ void ClientWindow::searching_networks_mode() {
 }
 
 void ClientWindow::selecting_networks_mode() {
-    auto* title = new QLabel(
-        QStringLiteral("<div><span style='font-size:40px;'> Liste des Reseaux disponibles "
-                       "</span></div>"));
+    auto* title =
+        named("list_title", new QLabel(QStringLiteral(
+                                "<div><span style='font-size:40px;'> Liste des Reseaux disponibles "
+                                "</span></div>")));
     title->setWordWrap(true);
 
-    auto* list = new QWidget;
+    auto* list = named("network_list", new QWidget);
     auto* list_layout = new QVBoxLayout(list);
-    list_layout->addWidget(new QLabel(QStringLiteral("<div>Selectionner un Reseau </div>")));
+    list_layout->addWidget(
+        named("list_hint", new QLabel(QStringLiteral("<div>Selectionner un Reseau </div>"))));
 
     auto* page = new QVBoxLayout;
     page->addWidget(title);
@@ -81,21 +86,25 @@ void ClientWindow::network_selected_mode() {
     page->setAlignment(Qt::AlignHCenter | Qt::AlignTop);
     page->setSpacing(20);
 
-    page->addWidget(centred_animation(QStringLiteral("vestrel.gif"), QSize(130, 130)));
-    page->addWidget(status_label(QStringLiteral("Vous etes connecte au reseau"),
-                                 QStringLiteral("color: #0072c6;")));
+    page->addWidget(named("connected_animation",
+                          centred_animation(QStringLiteral("vestrel.gif"), QSize(130, 130))));
+    page->addWidget(
+        named("connected_label", status_label(QStringLiteral("Vous etes connecte au reseau"),
+                                              QStringLiteral("color: #0072c6;"))));
     page->addWidget(button_row(
-        {{QStringLiteral("Acceder a mon Espace"),
+        {{"access_button", QStringLiteral("Acceder a mon Espace"),
           QStringLiteral("QPushButton {  color: white; background-color: #0072c6; padding: 10px "
                          "20px; border: none; border-radius: 5px; }")},
-         {QStringLiteral("Selection des Reseaux"),
+         {"selection_button", QStringLiteral("Selection des Reseaux"),
           QStringLiteral("QPushButton { background-color: orange; color: #333; padding: 10px 20px; "
                          "border: none; border-radius: 5px; }")}}));
-    page->addWidget(new QLabel(
-        QStringLiteral("<div style='margin-bottom:10px;color:whites;'> <b> Reseau : </b> "
+    page->addWidget(named(
+        "information",
+        new QLabel(QStringLiteral(
+                       "<div style='margin-bottom:10px;color:whites;'> <b> Reseau : </b> "
                        "Brisquelle </div><div style='margin-bottom:10px;color:whites;'> <b> Hote : "
                        "</b> ") +
-        QString::fromLatin1(default_lan_host) + QStringLiteral(" </div>")));
+                   QString::fromLatin1(default_lan_host) + QStringLiteral(" </div>"))));
     setWindowTitle(QStringLiteral("Interface Client"));
 }
 

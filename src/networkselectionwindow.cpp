@@ -27,28 +27,32 @@ NetworkSelectionWindow::~NetworkSelectionWindow() {
 void NetworkSelectionWindow::main_mode() {
     setStyleSheet(QString::fromLatin1(white_page_style));
 
-    auto* picture = new QLabel;
+    auto* picture = named("home_picture", new QLabel);
     picture->setPixmap(QPixmap(QStringLiteral("img/people.jpeg")));
     picture->setScaledContents(true);
     picture->setFixedSize(400, 328);
 
-    auto* banner = new QLabel(QStringLiteral(
-        "<div><span style='font-size:60px;'> Quorvale </span></div> "
-        "<div style='margin-top:1px;text-align:center;'> Modernisez la Gestion de vos ressources "));
+    auto* banner = named(
+        "banner",
+        new QLabel(QStringLiteral(
+            "<div><span style='font-size:60px;'> Quorvale </span></div> "
+            "<div style='margin-top:1px;text-align:center;'> Modernisez la Gestion de vos ressources ")));
     banner->setWordWrap(true);
 
-    auto* list_panel = new QWidget;
+    auto* list_panel = named("network_list", new QWidget);
     auto* list_layout = new QVBoxLayout(list_panel);
-    list_layout->addWidget(new QLabel(
-        QStringLiteral("<div style='color:blue;'><b> + Creer un Nouveau Reseau </b></div>")));
-    list_layout->addWidget(new QLabel(QStringLiteral("<div>Reseaux disponibles </div>")));
+    list_layout->addWidget(named(
+        "create_label", new QLabel(QStringLiteral(
+                            "<div style='color:blue;'><b> + Creer un Nouveau Reseau </b></div>"))));
+    list_layout->addWidget(
+        named("list_title", new QLabel(QStringLiteral("<div>Reseaux disponibles </div>"))));
     read_hub_networks(&networks);
     for (std::size_t i = 0; i < networks.size(); ++i) {
         std::cout << i + 1 << "\n";
     }
     add_network_buttons(networks, *list_layout, *this, SLOT(fuck_tho(int)));
 
-    auto* right_column = new QWidget;
+    auto* right_column = named("home_column", new QWidget);
     auto* right_layout = new QVBoxLayout(right_column);
     right_layout->addWidget(banner);
     right_layout->addWidget(list_panel);
@@ -64,14 +68,17 @@ void NetworkSelectionWindow::main_mode() {
 }
 
 void NetworkSelectionWindow::loading_mode() {
-    QLabel* animation = animated_label(QStringLiteral("img/loading.gif"), QSize(300, 200));
+    QLabel* animation = named("loading_animation",
+                              animated_label(QStringLiteral("img/loading.gif"), QSize(300, 200)));
     animation->setScaledContents(true);
 
     auto* page = new QHBoxLayout;
     page->addWidget(animation);
-    page->addWidget(new QLabel(QStringLiteral(
-        "<div style='font-size:25px;text-align:center;'>Mise en place de l'environnement...</div> "
-        "<div> Demarrage du Serveur")));
+    page->addWidget(named(
+        "loading_text",
+        new QLabel(QStringLiteral(
+            "<div style='font-size:25px;text-align:center;'>Mise en place de l'environnement...</div> "
+            "<div> Demarrage du Serveur"))));
     setLayout(page);
 }
 
@@ -97,22 +104,26 @@ void NetworkSelectionWindow::network_started_mode(Network* /*network*/) {
     page->setAlignment(Qt::AlignTop | Qt::AlignHCenter);
     page->setSpacing(20);
 
-    page->addWidget(centred_animation(QStringLiteral("vestrel.gif"), QSize(130, 130)));
-    page->addWidget(
-        status_label(QStringLiteral("Votre Serveur est Pret"), QStringLiteral("color: white;")));
+    page->addWidget(named("ready_animation",
+                          centred_animation(QStringLiteral("vestrel.gif"), QSize(130, 130))));
+    page->addWidget(named("ready_label", status_label(QStringLiteral("Votre Serveur est Pret"),
+                                                      QStringLiteral("color: white;"))));
     page->addWidget(button_row(
-        {{QStringLiteral("Acceder a mon Espace"),
+        {{"access_button", QStringLiteral("Acceder a mon Espace"),
           QStringLiteral("QPushButton { background-color: white; color: #0072c6; padding: 10px "
                          "20px; border: none; border-radius: 5px; }")},
-         {QStringLiteral("Arreter le Serveur"),
+         {"stop_button", QStringLiteral("Arreter le Serveur"),
           QStringLiteral("QPushButton { background-color: red; color: white; padding: 10px 20px; "
                          "border: none; border-radius: 5px; }")}}));
-    page->addWidget(new QLabel(
-        QStringLiteral("<div style='margin-bottom:10px;color:white;'> <b> Reseau : </b> Brisquelle "
+    page->addWidget(named(
+        "information",
+        new QLabel(QStringLiteral(
+                       "<div style='margin-bottom:10px;color:white;'> <b> Reseau : </b> Brisquelle "
                        "</div><div style='margin-bottom:10px;color:white;'> <b> Adresse : </b> ") +
-        QString::fromLatin1(default_lan_host) +
-        QStringLiteral(" </div><div style='margin-bottom:10px;color:white;'> <b> Port : </b> 8000 "
-                       "</div>")));
+                   QString::fromLatin1(default_lan_host) +
+                   QStringLiteral(
+                       " </div><div style='margin-bottom:10px;color:white;'> <b> Port : </b> 8000 "
+                       "</div>"))));
     setWindowTitle(QStringLiteral("Quorvale : Brisquelle"));
 }
 
@@ -120,16 +131,22 @@ void NetworkSelectionWindow::new_network_mode() {
     setStyleSheet(QString::fromLatin1(white_page_style));
 
     auto* page = new QVBoxLayout;
-    page->addWidget(new QLabel(QStringLiteral("<a href='#'>Retour a la Selection</a> ")));
-    page->addWidget(new QLabel(
-        QStringLiteral(" <div style='font-size:30px;font-weight:bold;'> Nouveau Reseau </div>")));
     page->addWidget(
-        form_panel({{QStringLiteral("Nom du Réseau :               "), new QLineEdit},
-                    {QStringLiteral("Chemin d'Acces :              "), new QLineEdit},
-                    {QStringLiteral("Pseudo de l'Administrateur :  "), new QLineEdit},
-                    {QStringLiteral("Mot de Passe de l'Administrateur : "), new QLineEdit},
-                    {QStringLiteral("Confirmation de Mot de Passe : "), new QLineEdit}},
-                   QStringLiteral("Enregistrer le Reseau")));
+        named("back_link", new QLabel(QStringLiteral("<a href='#'>Retour a la Selection</a> "))));
+    page->addWidget(
+        named("form_title",
+              new QLabel(QStringLiteral(
+                  " <div style='font-size:30px;font-weight:bold;'> Nouveau Reseau </div>"))));
+    page->addWidget(form_panel(
+        {{QStringLiteral("Nom du Réseau :               "), named("name_field", new QLineEdit)},
+         {QStringLiteral("Chemin d'Acces :              "), named("path_field", new QLineEdit)},
+         {QStringLiteral("Pseudo de l'Administrateur :  "),
+          named("pseudonym_field", new QLineEdit)},
+         {QStringLiteral("Mot de Passe de l'Administrateur : "),
+          named("password_field", new QLineEdit)},
+         {QStringLiteral("Confirmation de Mot de Passe : "),
+          named("confirmation_field", new QLineEdit)}},
+        QStringLiteral("Enregistrer le Reseau")));
     setLayout(page);
 }
 

@@ -57,11 +57,11 @@ QLabel* status_label(const QString& text, const QString& style) {
     return label;
 }
 
-QWidget* button_row(const std::vector<std::pair<QString, QString>>& buttons) {
+QWidget* button_row(const std::vector<RowButton>& buttons) {
     auto* row = new QWidget;
     auto* layout = new QHBoxLayout(row);
-    for (const auto& [text, style] : buttons) {
-        auto* button = new QPushButton(text);
+    for (const auto& [name, text, style] : buttons) {
+        auto* button = named(name, new QPushButton(text));
         button->setStyleSheet(style);
         layout->addWidget(button);
     }
@@ -70,7 +70,7 @@ QWidget* button_row(const std::vector<std::pair<QString, QString>>& buttons) {
 
 QWidget* form_panel(const std::vector<std::pair<QString, QWidget*>>& rows,
                     const QString& save_text) {
-    auto* panel = new QWidget;
+    auto* panel = named("form", new QWidget);
     auto* grid = new QGridLayout(panel);
     int row = 1;
     for (const auto& [label, field] : rows) {
@@ -80,7 +80,7 @@ QWidget* form_panel(const std::vector<std::pair<QString, QWidget*>>& rows,
         grid->addWidget(field, row, 2);
         ++row;
     }
-    auto* save = new QPushButton(save_text);
+    auto* save = named("save_button", new QPushButton(save_text));
     save->setStyleSheet(QStringLiteral("background:#333;color:#fff;margin-top:15px;padding:5px;"));
     grid->addWidget(save, row, 2);
     return panel;
@@ -97,10 +97,10 @@ void set_flat_background(QWidget& window, const QString& colour) {
 
 void add_network_buttons(const std::vector<Network*>& networks, QBoxLayout& column, QWidget& window,
                          const char* slot) {
-    auto* mapper = new QSignalMapper(&window);
+    auto* mapper = named("network_mapper", new QSignalMapper(&window));
     int index = 0;
     for (const Network* network : networks) {
-        auto* button = new QPushButton(latin1_text(network->name));
+        auto* button = named("network_button", new QPushButton(latin1_text(network->name)));
         QObject::connect(button, SIGNAL(clicked()), mapper, SLOT(map()));
         mapper->setMapping(button, index++);
         button->setProperty("class", QStringLiteral("net-btn"));

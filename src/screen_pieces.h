@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QLatin1String>
 #include <QString>
 #include <string>
 #include <utility>
@@ -16,6 +17,13 @@ class QWidget;
 
 /// Style sheet of the windows' white pages. It reaches every widget of the page.
 inline constexpr char white_page_style[] = " background: #fff;";
+
+/// Gives a widget the name under which style sheets and the programs find it. Returns the widget.
+template <typename Object>
+Object* named(const char* name, Object* widget) {
+    widget->setObjectName(QLatin1String(name));
+    return widget;
+}
 
 /// The text of a byte string, each byte taken as one Latin-1 character.
 QString latin1_text(const std::string& bytes);
@@ -34,10 +42,17 @@ QWidget* centred_animation(const QString& file, const QSize& size);
 /// A centred line of text with a style sheet of its own.
 QLabel* status_label(const QString& text, const QString& style);
 
-/// Buttons side by side, each given as its text and its style sheet.
-QWidget* button_row(const std::vector<std::pair<QString, QString>>& buttons);
+struct RowButton {
+    const char* name;  ///< its object name
+    QString text;
+    QString style;  ///< its style sheet
+};
 
-/// A form: one row a pair of label text and field, then a save button under the fields.
+/// Buttons side by side.
+QWidget* button_row(const std::vector<RowButton>& buttons);
+
+/// The widget "form": one row a pair of label text and field, then the button "save_button" under
+/// the fields.
 QWidget* form_panel(const std::vector<std::pair<QString, QWidget*>>& rows,
                     const QString& save_text);
 
@@ -45,8 +60,8 @@ QWidget* form_panel(const std::vector<std::pair<QString, QWidget*>>& rows,
 /// reach its children too.
 void set_flat_background(QWidget& window, const QString& colour);
 
-/// Adds one button of the class "net-btn" a network to the column, in order. A click on button i
-/// calls the window's slot, given as SLOT(name(int)), with i; the mapper in between belongs to the
-/// window.
+/// Adds one button "network_button" of the class "net-btn" a network to the column, in order. A
+/// click on button i calls the window's slot, given as SLOT(name(int)), with i; the mapper in
+/// between, "network_mapper", belongs to the window.
 void add_network_buttons(const std::vector<Network*>& networks, QBoxLayout& column, QWidget& window,
                          const char* slot);

@@ -383,7 +383,7 @@ private slots:
         QVERIFY(fields[3]->echoMode() == QLineEdit::Password &&
                 fields[4]->echoMode() == QLineEdit::Password);
         QSignalSpy left(form, &CreationForm::left);
-        QTest::mouseClick(window.findChild<QLabel*>(), Qt::LeftButton);
+        QTest::mouseClick(window.findChild<QLabel*>(QStringLiteral("back_link")), Qt::LeftButton);
         QTRY_COMPARE(left.count(), 1);
     }
 };

@@ -13,20 +13,21 @@ ClientControls::ClientControls(ClientWindow& shown) : QObject(&shown), window(sh
 
 void ClientControls::follow_list() {
     // Every list has its own mapper, which stays in the window. The window's slot comes first.
-    connect(window.findChildren<QSignalMapper*>().last(), &QSignalMapper::mappedInt, this,
-            &ClientControls::follow_connected_screen);
+    connect(window.findChildren<QSignalMapper*>(QStringLiteral("network_mapper")).last(),
+            &QSignalMapper::mappedInt, this, &ClientControls::follow_connected_screen);
 }
 
 void ClientControls::follow_connected_screen(int index) {
-    const auto buttons = window.findChildren<QPushButton*>();
+    auto* access = window.findChild<QPushButton*>(QStringLiteral("access_button"));
+    const auto* selection = window.findChild<QPushButton*>(QStringLiteral("selection_button"));
     // Queued: each replaces the screen that its button is on.
     connect(
-        buttons[0], &QPushButton::clicked, this, [this, index] { show_list(index)->click(); },
+        access, &QPushButton::clicked, this, [this, index] { show_list(index)->click(); },
         Qt::QueuedConnection);
     connect(
-        buttons[1], &QPushButton::clicked, this, [this, index] { show_list(index)->setFocus(); },
+        selection, &QPushButton::clicked, this, [this, index] { show_list(index)->setFocus(); },
         Qt::QueuedConnection);
-    buttons[0]->setFocus();
+    access->setFocus();
 }
 
 QPushButton* ClientControls::show_list(int index) {
@@ -34,11 +35,11 @@ QPushButton* ClientControls::show_list(int index) {
     window.selecting_networks_mode();
     window.setWindowTitle(QStringLiteral("Recherche de Reseaux"));
     follow_list();
-    return window.findChildren<QPushButton*>()[index];
+    return window.findChildren<QPushButton*>(QStringLiteral("network_button"))[index];
 }
 
 bool has_servers(const ClientWindow& window) {
-    return window.findChild<QSignalMapper*>() != nullptr;
+    return window.findChild<QSignalMapper*>(QStringLiteral("network_mapper")) != nullptr;
 }
 
 bool wants_another_search(ClientWindow& window) {

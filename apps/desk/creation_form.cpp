@@ -19,10 +19,13 @@ CreationForm::CreationForm(NetworkSelectionWindow& shown)
     : QObject(&shown), window(shown), taken_names(python_names()) {
     window.clean_screen();
     window.new_network_mode();
-    fields = window.findChildren<QLineEdit*>().toVector();
-    save_button = window.findChild<QPushButton*>();
+    for (const char* field :
+         {"name_field", "path_field", "pseudonym_field", "password_field", "confirmation_field"}) {
+        fields << window.findChild<QLineEdit*>(QLatin1String(field));
+    }
+    save_button = window.findChild<QPushButton*>(QStringLiteral("save_button"));
     save_text = save_button->text();
-    back_link = window.findChild<QLabel*>();
+    back_link = window.findChild<QLabel*>(QStringLiteral("back_link"));
 
     fields[name]->setMaxLength(100);
     fields[path]->setReadOnly(true);
@@ -31,7 +34,7 @@ CreationForm::CreationForm(NetworkSelectionWindow& shown)
     fields[confirmation]->setEchoMode(QLineEdit::Password);
     fields[name]->setFocus();
     save_button->setDefault(true);
-    window.layout()->setAlignment(back_link, Qt::AlignLeft);  // a click beside it is none
+    window.layout()->setAlignment(back_link, Qt::AlignLeft);  // only the text reacts to clicks
 
     connect(fields[name], &QLineEdit::textChanged, this, &CreationForm::show_path);
     connect(save_button, &QPushButton::clicked, this, &CreationForm::save);

@@ -6,7 +6,6 @@
 #include <QPushButton>
 #include <QSignalMapper>
 #include <QVBoxLayout>
-#include <algorithm>
 
 #include "applicationsetup.h"
 #include "creation_form.h"
@@ -21,28 +20,12 @@
 
 namespace {
 
-/// The button of that text on the window's screen, or null.
-QPushButton* find_button(const QWidget& window, const QString& text) {
-    for (auto* button : window.findChildren<QPushButton*>()) {
-        if (button->text() == text) {
-            return button;
-        }
-    }
-    return nullptr;
-}
-
 QPushButton* stop_button(const QWidget& window) {
-    return find_button(window, QStringLiteral("Arreter le Serveur"));
+    return window.findChild<QPushButton*>(QStringLiteral("stop_button"));
 }
 
 QList<QPushButton*> network_buttons(const QWidget& window) {
-    QList<QPushButton*> buttons = window.findChildren<QPushButton*>();
-    buttons.erase(std::remove_if(buttons.begin(), buttons.end(),
-                                 [](const QPushButton* button) {
-                                     return button->property("class") != QStringLiteral("net-btn");
-                                 }),
-                  buttons.end());
-    return buttons;
+    return window.findChildren<QPushButton*>(QStringLiteral("network_button"));
 }
 
 /// As much of a name as there is room for, and a mark behind it.
@@ -100,9 +83,10 @@ void Desk::show_home(const QString& focused_network) {
     read_networks();
     wire_home();
     const QList<QPushButton*> buttons = network_buttons(*window);
-    for (auto button = buttons.rbegin(); button != buttons.rend(); ++button) {
-        if ((*button)->text() == focused_network || *button == buttons.first()) {
-            (*button)->setFocus();
+    for (int i = buttons.size() - 1; i >= 0; --i) {
+        const std::string& name = networks[static_cast<std::size_t>(i)]->name;
+        if (i == 0 || latin1_text(name) == focused_network) {
+            buttons[i]->setFocus();
             break;
         }
     }
@@ -111,12 +95,7 @@ void Desk::show_home(const QString& focused_network) {
 }
 
 void Desk::wire_home() {
-    QLabel* form_label = nullptr;
-    for (auto* label : window->findChildren<QLabel*>()) {
-        if (label->text().contains(QStringLiteral("+ Creer un Nouveau Reseau"))) {
-            form_label = label;
-        }
-    }
+    auto* form_label = window->findChild<QLabel*>(QStringLiteral("create_label"));
     form_label->setAccessibleName(QStringLiteral("Créer un nouveau réseau"));
     connect(new LabelButton(*form_label), &LabelButton::pressed, this, &Desk::show_form);
     if (networks.empty()) {
@@ -125,8 +104,8 @@ void Desk::wire_home() {
         hint->setWordWrap(true);
         form_label->parentWidget()->layout()->addWidget(hint);
     }
-    // The desk looks first whether the network can be started, then calls the window's slot.
-    auto* mapper = window->findChild<QSignalMapper*>();
+    // The desk looks first whether the network can be started.
+    auto* mapper = window->findChild<QSignalMapper*>(QStringLiteral("network_mapper"));
     mapper->disconnect(window.get());
     connect(mapper, &QSignalMapper::mappedInt, this, &Desk::choose, Qt::QueuedConnection);
 }
@@ -166,7 +145,7 @@ void Desk::choose(int n) {
         watch_start();
         return;
     }
-    start(n);
+    start(*networks[static_cast<std::size_t>(n)]);
     wire_ready_screen();
     watch_start();
 }
@@ -181,15 +160,15 @@ QString Desk::obstacle(const Network& network) {
     return {};
 }
 
-void Desk::start(int n) {
-    for (const auto& network : networks) {
-        if (!find_server_processes(network->path).empty()) {
-            stop_server(network->path);  // they all have the one address
+void Desk::start(Network& network) {
+    for (const auto& other : networks) {
+        if (!find_server_processes(other->path).empty()) {
+            stop_server(other->path);  // they all have the one address
         }
     }
     // What is clicked while the window is blocked is not meant for the screen that comes after.
     window->setEnabled(false);
-    QMetaObject::invokeMethod(window.get(), "fuck_tho", Q_ARG(int, n));
+    window->switch_to_network(&network);
     QApplication::processEvents();
     window->setEnabled(true);
 }
@@ -238,7 +217,7 @@ void Desk::wire_ready_screen() {
         return;
     }
     connect(stop, &QPushButton::clicked, this, &Desk::stop_server_and_leave);
-    connect(find_button(*window, QStringLiteral("Acceder a mon Espace")), &QPushButton::clicked,
+    connect(window->findChild<QPushButton*>(QStringLiteral("access_button")), &QPushButton::clicked,
             this, &open_page);
 }
 

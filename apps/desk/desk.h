@@ -36,7 +36,7 @@ private:
     /// Returns why the network cannot be started now, in French, or an empty text: its start is
     /// then this program's alone.
     QString obstacle(const Network& network);
-    void start(int n);
+    void start(Network& network);
     void watch_start();
     /// The start has come to its end, or is given up.
     void end_watch();

@@ -46,10 +46,13 @@ QString obstacle(const RegisteredNetwork& network) {
 AccountForm::AccountForm(SetupWindow& shown)
     : QObject(&shown),
       window(shown),
-      fields(shown.findChildren<QLineEdit*>().toVector()),
-      role(shown.findChild<QComboBox*>()),
-      save_button(shown.findChild<QPushButton*>()),
+      role(shown.findChild<QComboBox*>(QStringLiteral("role_list"))),
+      save_button(shown.findChild<QPushButton*>(QStringLiteral("save_button"))),
       result(new QLabel) {
+    for (const char* field :
+         {"pseudonym_field", "name_field", "password_field", "confirmation_field"}) {
+        fields << window.findChild<QLineEdit*>(QLatin1String(field));
+    }
     fields[password]->setEchoMode(QLineEdit::Password);
     fields[confirmation]->setEchoMode(QLineEdit::Password);
     save_button->setDefault(true);
