@@ -1,5 +1,6 @@
 """What quorvale-start makes of the networks that exist, with a small template of its own."""
 
+import fcntl
 import os
 import subprocess
 import sys
@@ -9,7 +10,7 @@ from pathlib import Path
 
 SOURCE = Path(__file__).resolve().parent.parent
 START = SOURCE / "apps/start"
-OLD = {"settings.py": "NETWORK_NAME = PACKAGE\n", "urls.py": "", "hubs/__init__.py": "",
+OLD = {"settings.py": "NEW = False\n", "urls.py": "", "hubs/__init__.py": "",
        "hubs/processes.py": (SOURCE / "runtime/hubs/processes.py").read_text(),
        "hubs/views.py": "page = 1\n", "templates/deux mots.html": "1", "static/a.css": "1",
        "networks.data": "", "ressources/Bienvenue.txt": "1"}
@@ -25,11 +26,13 @@ class Refresh(unittest.TestCase):
         directory = tempfile.TemporaryDirectory()
         self.addCleanup(directory.cleanup)
         self.root = Path(os.path.realpath(directory.name))
-        for folder, name in (("bin", "quorvale-start"), ("libexec/quorvale", "refresh_networks")):
+        for folder, name in (("bin", "quorvale-start"), ("libexec/quorvale", "refresh_files")):
             (self.root / folder).mkdir(parents=True)
             (self.root / folder / name).write_bytes((START / name).read_bytes())
             (self.root / folder / name).chmod(0o755)
         (self.root / "bin/quorvale-true").symlink_to("/bin/true")
+        (self.root / "bin/quorvale-desk").write_text('#!/bin/sh\npwd; echo "$QUORVALE_NOTICE"\n')
+        (self.root / "bin/quorvale-desk").chmod(0o755)
         self.write(self.root / "share/quorvale", OLD)
         self.work = self.root / "Tesquin"
         self.project = self.work / "Atelier"
@@ -45,14 +48,17 @@ class Refresh(unittest.TestCase):
             (directory / name).parent.mkdir(parents=True, exist_ok=True)
             (directory / name).write_text(content)
 
-    def start(self):
-        return subprocess.run(["bin/quorvale-start", "true"], cwd=self.root, check=True, text=True,
-                              env={**os.environ, "QUORVALE_DIR": str(self.root / "Tesquin")},
-                              stdout=subprocess.PIPE, stderr=subprocess.STDOUT).stdout
+    def start(self, *before, program="true", path=os.environ["PATH"], status=0):
+        """Start a program, by the command BEFORE it. Return what is said."""
+        run = subprocess.run([*before, "bin/quorvale-start", program], cwd=self.root, check=False,
+                             env={"PATH": path, "QUORVALE_DIR": str(self.work)}, text=True,
+                             stdout=subprocess.PIPE, stderr=subprocess.STDOUT)
+        self.assertEqual(run.returncode, status, run.stdout)
+        return run.stdout
 
-    def upgrade(self):
+    def upgrade(self, **options):
         self.write(self.root / "share/quorvale", NEW)
-        said = self.start()
+        said = self.start(**options)
         self.assertEqual((self.work / "networks.data").read_text().count("|"), 4)
         return said
 
@@ -76,8 +82,8 @@ class Refresh(unittest.TestCase):
 
     def test_what_the_operator_did_stays(self):
         page, style = self.package / "templates/deux mots.html", self.package / "static"
-        (self.package / "hubs/__init__.py").unlink()
         self.start()  # from then on, any missing file is known to be removed
+        (self.package / "hubs/__init__.py").unlink()
         page.write_text("mine")
         style.rename(self.project / "mine")
         style.symlink_to(self.project / "mine")
@@ -87,18 +93,6 @@ class Refresh(unittest.TestCase):
         self.assertIn("changés\u00a0: static/a.css, templates/deux mots.html.", said)
         self.assertEqual(self.now("hubs/views.py"), NEW["hubs/views.py"])
         self.assertEqual(self.start(), "")
-
-    def test_name_in_settings(self):
-        for line, name in (('"Atelier de l\'été"  # le mien', "Atelier de l'été\n"),
-                           ("open('/etc/hostname').read()", None), ("PACKAGE", None)):
-            with self.subTest(line):
-                self.doCleanups()
-                self.setUp()
-                self.write(self.package, {"settings.py": f"NETWORK_NAME = {line}\n"})
-                self.upgrade()
-                path = self.project / "nom.txt"
-                self.assertEqual(path.read_text() if path.exists() else None, name)
-                self.assertEqual("NEW" in self.now("settings.py"), "open" not in line)
 
     def test_nothing_is_half_done(self):
         unfit, kept = self.package / "hubs/views.py", self.project / ".anciens"
@@ -112,6 +106,53 @@ class Refresh(unittest.TestCase):
                 self.assertIn(word, self.upgrade())
                 self.assertEqual(self.now("static/a.css"), "1")
                 self.assertFalse((self.package / "hubs/names.py").exists())
+
+    def test_what_a_power_cut_left(self):
+        self.start()
+        for file in ("urls.py", "settings.py", "hubs/__init__.py"):
+            for directory in (self.work, self.package):
+                (directory / file).write_text("")
+        said = self.start()
+        self.assertIn("mis à jour\u00a0: settings.py.", said)
+        for directory in (self.work, self.package):
+            self.assertEqual((directory / "settings.py").read_text(), OLD["settings.py"])
+
+    def test_python_without_django(self):
+        (self.root / "other").mkdir()
+        (self.root / "other/python3").symlink_to("/bin/false")
+        said = self.upgrade(path=f"{self.root}/other:{os.environ['PATH']}")
+        self.assertIn(f"Django manque à {self.root}/other/python3", said)
+        self.assertEqual(self.now("urls.py"), "")
+        self.assertIn("mis à jour\u00a0: ", self.start())
+
+    def test_directory_that_cannot_be_written(self):
+        in_namespace = ("unshare", "--map-root-user", "--mount", "sh", "-euc")
+        read_only = 'mount --bind Tesquin Tesquin; mount -o remount,bind,ro Tesquin; exec "$@"'
+        full = ('mount -t tmpfs -o size=64k tmpfs Tesquin; cat /dev/zero >Tesquin/zeros || true; '
+                'exec "$@"')
+        self.write(self.root / "share/quorvale", {"style.qss": "x" * 5000})
+        for name, script, directory in (("read-only", read_only, self.work),
+                                        ("full", full, self.root / "share/quorvale")):
+            with self.subTest(name):
+                said = self.start(*in_namespace, script, "", program="desk")
+                self.assertIn(f"Le répertoire {self.work} n'a pas pu", said)
+                # The program is told what the operator is told.
+                self.assertEqual(said.count("Rien ne peut être écrit"), 2)
+                self.assertIn(str(directory), said.splitlines())
+        self.assertFalse((self.work / "style.qss").exists())
+        self.assertEqual(list(self.work.glob("*.??????")), [])
+
+    def test_directory_that_others_hold(self):
+        descriptor = os.open(self.work, os.O_RDONLY)
+        self.addCleanup(os.close, descriptor)
+        fcntl.flock(descriptor, fcntl.LOCK_SH)
+        self.assertIn("tenu par un autre", self.start())
+
+    def test_root_in_the_directory_of_another(self):
+        if os.getuid():
+            self.skipTest("needs root")
+        os.chown(self.work, 65534, 65534)
+        self.assertIn("sans sudo", self.start(status=1))
 
     def test_network_in_use(self):
         self.write(self.project, {"manage.py": "import sys; print(flush=True); sys.stdin.read()"})

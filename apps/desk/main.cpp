@@ -1,9 +1,28 @@
 #include <QApplication>
+#include <QMessageBox>
 
 #include "applicationsetup.h"
 #include "desk.h"
 #include "french_texts.h"
 #include "usage.h"
+
+namespace {
+
+/// Shows what quorvale-start has to say, which nobody reads where the menu started it. The servers
+/// that are started later need not know.
+void show_notice() {
+    const QString notice = qEnvironmentVariable("QUORVALE_NOTICE");
+    qunsetenv("QUORVALE_NOTICE");
+    if (notice.isEmpty()) {
+        return;
+    }
+    auto* message = new QMessageBox(QMessageBox::Warning, QStringLiteral("Quorvale"), notice);
+    message->setTextFormat(Qt::PlainText);
+    message->setAttribute(Qt::WA_DeleteOnClose);
+    message->show();
+}
+
+}  // namespace
 
 int main(int argc, char** argv) {
     if (asked_for_help(
@@ -22,5 +41,6 @@ int main(int argc, char** argv) {
     use_french_texts();
     Desk desk;
     desk.show_home({});
+    show_notice();
     return QApplication::exec();
 }
