@@ -46,16 +46,22 @@ class Programs(unittest.TestCase):
         return done.returncode, done.stdout, done.stderr
 
     def test_usage(self):
-        for name in ("client", "setup", "django", "new", "stop", "desk"):
+        programs = ("client", "setup", "django", "new", "stop", "desk", "wait")
+        for name in programs:
+            self.environment["QT_QPA_PLATFORM"] = "none"  # help needs no display
             status, out, err = self.program(name, "--help")
             self.assertEqual((status, err), (0, ""))
             self.assertRegex(out, rf"\AUsage\u00a0: quorvale-{name}\b")
             self.assertEqual(self.program(name, "-h"), (0, out, ""))
             self.assertRegex(self.program(name, "--version")[1], r"\AQuorvale [0-9.]+\n\Z")
-        for name in ("django", "new", "stop"):
-            for words in [("a", "b", ""), ("--admin", "", "a")]:
+        self.environment["QT_QPA_PLATFORM"] = "offscreen"
+        for name in programs:
+            for words, reason in [
+                    (("a", "b", ""), "Mot en trop"), (("--admin", "", "a"), ""),
+                    (("--né",), "L'option «\u00a0né\u00a0» n'existe pas."), (("",), "")]:
                 status, out, err = self.program(name, *words)
-                self.assertEqual((status, out, err[:5]), (2, "", "Usage"))
+                self.assertEqual((status, out, err[:5]), (2, "", "Usage"), (name, words))
+                self.assertIn(reason, err)
 
     def test_start_up_order(self):
         self.fake("xdg-open", 'echo "$*" >asked')
@@ -134,7 +140,7 @@ class Programs(unittest.TestCase):
         self.place_template()
         for status, account, password in [(3, "anne", "court"), (4, "anne/", "Tres-Long-77"),
                                           (0, "-h", "Tres-Long-77")]:
-            done = self.program("new", "--admin", account, "Été", typed=password)
+            done = self.program("new", "--admin", account, "--", "Été", typed=password)
             self.assertEqual((done[0], bool(done[2])), (status, status != 0), done[2])
             self.assertEqual("est créé" in done[1], status == 0)
         self.assertEqual(self.program("new", "|")[0], 0)

@@ -4,9 +4,9 @@
 #include "applicationsetup.h"
 #include "client_controls.h"
 #include "clientwindow.h"
+#include "command_line.h"
 #include "french_texts.h"
 #include "search_wait.h"
-#include "usage.h"
 
 namespace {
 
@@ -35,17 +35,15 @@ std::unique_ptr<ClientWindow> search() {
 }  // namespace
 
 int main(int argc, char** argv) {
-    if (asked_for_help(argc, argv,
-                       "Usage : quorvale-client\n"
-                       "\n"
-                       "Cherche les serveurs Quorvale du réseau local et ouvre dans le navigateur "
-                       "celui qu'on choisit.\n"
-                       "\n"
-                       "  -h, --help    affiche cette aide\n"
-                       "  --version     affiche la version\n")) {
+    CommandLine line(QStringLiteral(
+        "Cherche les serveurs Quorvale du réseau local et ouvre dans le navigateur celui qu'on\nchoisit."));
+    if (line.answers(argc, argv)) {
         return 0;
     }
     const QApplication application(argc, argv);
+    if (!line.fits()) {
+        return badly_written;
+    }
     const ApplicationSetup setup;
     use_french_texts();
     const std::unique_ptr<ClientWindow> window = search();

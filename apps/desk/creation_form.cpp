@@ -98,7 +98,7 @@ void CreationForm::create() {
     run_in_background(*this,
                       {QCoreApplication::applicationDirPath() + QStringLiteral("/quorvale-new"),
                        QStringLiteral("--admin"), fields[pseudonym]->text().trimmed(),
-                       fields[name]->text().simplified()},
+                       QStringLiteral("--"), fields[name]->text().simplified()},
                       QDir::currentPath(), fields[password]->text().toUtf8(),
                       [this](int status, const QString& said) { end_creation(status, said); });
 }

@@ -2,9 +2,9 @@
 #include <QMessageBox>
 
 #include "applicationsetup.h"
+#include "command_line.h"
 #include "desk.h"
 #include "french_texts.h"
-#include "usage.h"
 
 namespace {
 
@@ -25,18 +25,15 @@ void show_notice() {
 }  // namespace
 
 int main(int argc, char** argv) {
-    if (asked_for_help(
-            argc, argv,
-            "Usage : quorvale-desk\n"
-            "\n"
-            "Présente les réseaux de cette machine : on les crée, les démarre, les ouvre "
-            "et les arrête.\n"
-            "\n"
-            "  -h, --help    affiche cette aide\n"
-            "  --version     affiche la version\n")) {
+    CommandLine line(QStringLiteral(
+        "Présente les réseaux de cette machine : on les crée, les démarre, les ouvre et les\narrête."));
+    if (line.answers(argc, argv)) {
         return 0;
     }
     const QApplication application(argc, argv);
+    if (!line.fits()) {
+        return badly_written;
+    }
     const ApplicationSetup setup;
     use_french_texts();
     Desk desk;

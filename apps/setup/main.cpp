@@ -2,23 +2,20 @@
 
 #include "account_form.h"
 #include "applicationsetup.h"
+#include "command_line.h"
 #include "french_texts.h"
 #include "setupwindow.h"
-#include "usage.h"
 
 int main(int argc, char** argv) {
-    if (asked_for_help(
-            argc, argv,
-            "Usage : quorvale-setup\n"
-            "\n"
-            "Affiche la fenêtre de configuration de Quorvale, qui ajoute des comptes à un "
-            "réseau.\n"
-            "\n"
-            "  -h, --help    affiche cette aide\n"
-            "  --version     affiche la version\n")) {
+    CommandLine line(QStringLiteral(
+        "Affiche la fenêtre de configuration de Quorvale, qui ajoute des comptes à un réseau."));
+    if (line.answers(argc, argv)) {
         return 0;
     }
     const QApplication application(argc, argv);
+    if (!line.fits()) {
+        return badly_written;
+    }
     const ApplicationSetup setup;
     use_french_texts();
     SetupWindow window(nullptr);

@@ -1,11 +1,12 @@
 #include <QCoreApplication>
 #include <QDir>
 #include <QFile>
+#include <iostream>
 
+#include "command_line.h"
 #include "qt_compat.h"
 #include "registered_networks.h"
 #include "server_processes.h"
-#include "usage.h"
 
 namespace {
 
@@ -31,31 +32,29 @@ bool is_named(const RegisteredNetwork& network, const QString& name) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    const char* const help =
-        "Usage : quorvale-stop [NOM]\n"
-        "\n"
-        "Arrête le serveur du réseau NOM (le nom affiché, ou celui de son répertoire), et ferme\n"
-        "son terminal. Sans NOM, arrête tous ceux des réseaux de networks.data.\n"
-        "\n"
-        "  -h, --help    affiche cette aide\n"
-        "  --version     affiche la version\n"
-        "\n"
-        "Code de retour : 0 si un serveur a été arrêté, 1 si aucun ne l'a été, 2 si la commande\n"
-        "est mal écrite.\n";
-    if (asked_for_help(argc, argv, help)) {
+    CommandLine line(
+        QStringLiteral(
+            "Arrête le serveur d'un réseau, et ferme son terminal. Sans NOM, arrête tous "
+            "ceux des\nréseaux de networks.data."),
+        QStringLiteral("Code de retour : 0 si un serveur a été arrêté, 1 si aucun ne l'a été, 2 si "
+                       "la commande\nest mal écrite.\n"));
+    line.add_optional_argument(
+        QStringLiteral("NOM"),
+        QStringLiteral("Le nom affiché du réseau, ou celui de son répertoire."));
+    if (line.answers(argc, argv)) {
         return 0;
-    }
-    if (argc > 2) {
-        std::cerr << help;
-        return 2;
     }
     use_utf8_locale_codec();
     const QCoreApplication application(argc, argv);
-    const QString wanted = QCoreApplication::arguments().value(1);
-    bool known = argc == 1;
+    if (!line.fits()) {
+        return badly_written;
+    }
+    const QString wanted = line.argument(0);
+    const bool all = wanted.isNull();
+    bool known = all;
     bool stopped = false;
     for (const RegisteredNetwork& network : registered_networks()) {
-        if (argc == 1 || is_named(network, wanted)) {
+        if (all || is_named(network, wanted)) {
             known = true;
             stopped = stop(network) || stopped;
         }

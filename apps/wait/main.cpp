@@ -5,9 +5,9 @@
 #include <csignal>
 #include <fstream>
 #include <string>
-#include <string_view>
 
 #include "applicationsetup.h"
+#include "command_line.h"
 #include "wait_window.h"
 
 // Started by the client, see SearchWait. Without arguments it shows the wait, until it is killed;
@@ -30,12 +30,21 @@ void end_children(pid_t parent) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    if (argc > 1 && std::string_view(argv[1]) == "--end") {
+    CommandLine line(QStringLiteral("Affiche que le client de Quorvale cherche : il la lance."));
+    const QString end = QStringLiteral("end");
+    line.add_option({end, QStringLiteral("Termine les programmes lancés par ce processus.")});
+    if (line.answers(argc, argv)) {
+        return 0;
+    }
+    if (line.has(end)) {
         end_children(getpid());
         return 0;
     }
     QCoreApplication::setApplicationName(QStringLiteral("quorvale-client"));  // whose window it is
     const QApplication application(argc, argv);
+    if (!line.fits()) {
+        return badly_written;
+    }
     const ApplicationSetup setup;
     WaitWindow window;
     ApplicationSetup::dress_window(window);

@@ -1,0 +1,44 @@
+#pragma once
+
+#include <QCommandLineParser>
+#include <QString>
+
+/// A program's command line: what it may hold, its help and its version, all in French. A word that
+/// begins with "-" is an option; "--" ends the options.
+class CommandLine {
+public:
+    /// `purpose` says what the program does, `statuses` what its exit statuses mean, both in whole
+    /// lines.
+    explicit CommandLine(const QString& purpose, const QString& statuses = {});
+
+    /// Arguments are added in their order; none may be empty.
+    void add_argument(const QString& name, const QString& description);
+    /// Comes after those that are required.
+    void add_optional_argument(const QString& name, const QString& description);
+    void add_option(const QCommandLineOption& option);
+
+    /// Returns true, with the answer on standard output, when the help or the version is asked for.
+    /// Needs neither a display nor an application object: programs with windows call it before
+    /// they make theirs.
+    bool answers(int argc, char** argv);
+    /// Returns whether the words that the application object has left are what the program takes;
+    /// if not, standard error has the help and what is wrong.
+    bool fits();
+
+    /// Returns argument `index`, from 0, or an empty text.
+    QString argument(int index) const;
+    bool has(const QString& option) const;
+    QString value(const QString& option) const;
+
+private:
+    QString help() const;
+    QString fault() const;
+
+    QCommandLineParser parser;
+    QStringList required;
+    int most = 0;
+    QString exit_statuses;
+};
+
+/// Exit status of every program for a command line that it does not take.
+inline constexpr int badly_written = 2;
