@@ -14,6 +14,7 @@
 #include "network.h"
 #include "network_names.h"
 #include "registry_writer.h"
+#include "server_processes.h"
 #include "test_directory.h"
 
 namespace {
@@ -239,6 +240,20 @@ private slots:
             QCOMPARE(registry_name(QString::fromUtf8(display)), std::string(recorded));
         }
         QCOMPARE(directory_name(QString(300, QLatin1Char('n')), taken).size(), 60);
+    }
+
+    /// The template's own rule is tested by the same table.
+    void server_command_lines() {
+        QFile table(QStringLiteral(SOURCE_DIR "/tests/server_command_lines"));
+        QVERIFY(table.open(QIODevice::ReadOnly));
+        while (!table.atEnd()) {
+            const QByteArray line = table.readLine().trimmed();
+            std::vector<std::string> words;
+            for (const QByteArray& word : line.split('|').mid(1)) {
+                words.push_back(word.toStdString());
+            }
+            QVERIFY2(is_server_command(words) == line.startsWith("yes"), line.constData());
+        }
     }
 
     void discovery() {

@@ -1,8 +1,9 @@
 """The networks that an operator serves on this machine, as the process list tells them.
 
-The server of a network is a process of the operator's own, "python3 manage.py runserver ...", whose
-working directory is the network's: it holds manage.py, and beside it the folder that has hubs. Under
-plain Django a network has two such processes. Needs no Django.
+The server of a network is a process of the operator's own, "python3 manage.py runserver ...",
+however python and manage.py were named, whose working directory is the network's: it holds manage.py,
+and beside it the folder that has hubs; or it has been removed. Under plain Django a network has two
+such processes. Needs no Django.
 """
 
 import collections
@@ -16,6 +17,7 @@ from pathlib import Path
 
 _PROCESSES = Path("/proc")
 _LISTENS = "0A"
+_REMOVED = " (deleted)"  # the kernel's word for it
 
 # Who listens at an address: the name of the user, the start of the command line as far as it can be
 # told, and the directory if it is a network of this operator.
@@ -40,8 +42,18 @@ def _owner(process):
         return None
 
 
+def is_server_command(words):
+    """Whether a command line, given as its words in bytes, starts a network's server. The programs
+    that are not in Python decide it by the same rule."""
+    names = [os.path.basename(word) for word in words]
+    if not names or not names[0].startswith(b"python") or b"manage.py" not in names:
+        return False
+    script = names.index(b"manage.py")
+    return words[script + 1:script + 2] == [b"runserver"]
+
+
 def _serves(process):
-    return _arguments(process)[1:3] == [b"manage.py", b"runserver"]
+    return is_server_command(_arguments(process))
 
 
 def network(process):
@@ -49,9 +61,12 @@ def network(process):
     if _owner(process) != os.getuid() or not _serves(process):
         return None
     try:
-        directory = Path(os.readlink(_PROCESSES / str(process) / "cwd"))
+        directory = os.readlink(_PROCESSES / str(process) / "cwd")
     except OSError:
         return None
+    if directory.endswith(_REMOVED) and not os.path.exists(directory):
+        return Path(directory.removesuffix(_REMOVED))
+    directory = Path(directory)
     fit = os.path.isfile(directory / "manage.py") and any(directory.glob("*/hubs/__init__.py"))
     return directory if fit else None
 

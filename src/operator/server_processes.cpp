@@ -68,21 +68,19 @@ bool is_own(pid_t pid) {
     return stat(entry_of(pid, "").c_str(), &entry) == 0 && entry.st_uid == geteuid();
 }
 
-bool serves(pid_t pid, const std::string& directory) {
-    if (!is_own(pid)) {
-        return false;
-    }
-    const std::vector<std::string> words = words_of(pid);
-    const auto script = std::find_if(words.begin(), words.end(), [](const std::string& word) {
-        return fs::path(word).filename() == "manage.py";
-    });
-    if (script == words.end() || script == words.begin() || script + 1 == words.end() ||
-        *(script + 1) != "runserver" ||
-        fs::path(words[0]).filename().string().rfind("python", 0) != 0) {
-        return false;
-    }
+/// Whether the process works in the directory, also when that has been removed since.
+bool works_in(pid_t pid, const std::string& directory) {
+    const fs::path own = entry_of(pid, "cwd");
     std::error_code error;
-    return fs::equivalent(entry_of(pid, "cwd"), directory, error);
+    if (fs::equivalent(own, directory, error)) {
+        return true;
+    }
+    const fs::path named = fs::weakly_canonical(fs::path(directory) / "", error).parent_path();
+    return fs::read_symlink(own, error) == named.string() + " (deleted)";
+}
+
+bool serves(pid_t pid, const std::string& directory) {
+    return is_own(pid) && is_server_command(words_of(pid)) && works_in(pid, directory);
 }
 
 pid_t parent_of(pid_t pid) {
@@ -128,6 +126,14 @@ std::vector<Process> terminal_shells(const std::string& directory) {
 }
 
 }  // namespace
+
+bool is_server_command(const std::vector<std::string>& words) {
+    const auto script = std::find_if(words.begin(), words.end(), [](const std::string& word) {
+        return fs::path(word).filename() == "manage.py";
+    });
+    return script != words.end() && script + 1 != words.end() && *(script + 1) == "runserver" &&
+           fs::path(words[0]).filename().string().rfind("python", 0) == 0;
+}
 
 std::vector<pid_t> find_server_processes(const std::string& directory) {
     std::vector<pid_t> found;

@@ -5,9 +5,14 @@
 #include <string>
 #include <vector>
 
-/// The processes of this user that serve the network of a project directory: every
-/// `python manage.py runserver` whose working directory it is, however either was named. Django has
-/// two of them for each server. Prints nothing.
+/// Whether a command line, given as its words, starts a network's server: a
+/// `python manage.py runserver`, however python and manage.py were named. The template's
+/// hubs/processes.py decides it by the same rule.
+bool is_server_command(const std::vector<std::string>& words);
+
+/// The processes of this user that serve the network of a project directory, however that is
+/// named, and also when it has been removed since. Django has two of them for each server. Prints
+/// nothing.
 std::vector<pid_t> find_server_processes(const std::string& directory);
 
 /// Ends the server of a project directory, and the terminal that was opened for it; a shell in
