@@ -1,0 +1,83 @@
+#!/usr/bin/python3
+"""The server of a network: what it sends, holds out against, and never loses."""
+
+import os
+import shutil
+import socket
+import sys
+import unittest
+from pathlib import Path
+
+from served_network import TEMPLATE, ServedNetworkTest
+
+sys.dont_write_bytecode = True
+sys.path.append(str(TEMPLATE / "hubs"))
+import processes  # noqa: E402, needs no Django
+
+
+class ServerTest(ServedNetworkTest):
+    def test_transfers(self):
+        film, path = self.offered / "film.bin", "/ressources/film.bin"
+        with film.open("wb") as file:
+            file.write(b"0123456789")
+            file.truncate(5 << 30)
+            file.seek(5 << 30)
+            file.write(b"end")
+        os.utime(film, (10**9, 10**9))
+        size = film.stat().st_size
+        self.start_server()
+        status, headers, body = self.ask(path, method="HEAD")
+        self.assertEqual((status, headers["Content-Length"], body), (200, str(size), b""))
+        etag, modified = headers["ETag"], headers["Last-Modified"]
+        for asked, status, came, body in [
+                ({"Range": "bytes=2-4"}, 206, f"bytes 2-4/{size}", b"234"),
+                ({"Range": f"bytes={size - 2}-"}, 206, f"bytes {size - 2}-{size - 1}/{size}", b"nd"),
+                ({"Range": "bytes=-3"}, 206, f"bytes {size - 3}-{size - 1}/{size}", b"end"),
+                ({"Range": f"bytes={size}-"}, 416, f"bytes */{size}", b""),
+                ({"Range": "bytes=0-0", "If-Range": etag}, 206, f"bytes 0-0/{size}", b"0"),
+                ({"Range": "bytes=0-0", "If-Range": modified}, 206, f"bytes 0-0/{size}", b"0"),
+                ({"Range": "bytes=0-0", "If-None-Match": etag}, 304, None, b""),
+                ({"If-Modified-Since": modified}, 304, None, b"")]:
+            answer = self.ask(path, **asked)
+            self.assertEqual((answer[0], answer[1]["Content-Range"], answer[2]),
+                             (status, came, body), asked)
+        for asked in [{"Range": "bytes=0-1,3-4"}, {"Range": "bytes=4-2"}, {"Range": "bytes=-"},
+                      {"Range": "bytes=0-0", "If-Range": '"other"'}]:
+            answer = self.ask(path, method="HEAD", **asked)
+            self.assertEqual((answer[0], answer[1]["Content-Length"]), (200, str(size)), asked)
+
+    def test_files_that_change_while_they_are_sent(self):
+        """The bytes that were announced come, and then the next answer; or the connection ends."""
+        path = self.offered / "journal.txt"
+        head = b"GET /%b HTTP/1.1\r\nHost: a\r\n\r\n"
+        self.start_server()
+        for change, whole in [(2, True), (0.5, False)]:
+            path.write_bytes(bytes(32 << 20))
+            os.utime(path, (10**9, 10**9))
+            with socket.create_connection(("127.0.0.1", self.port), 60) as client:
+                client.sendall(head % b"ressources/journal.txt")
+                with client.makefile("rb") as stream:
+                    while (line := stream.readline()) != b"\r\n":
+                        if line.startswith(b"Content-Length"):
+                            size = int(line.split()[1])
+                    os.truncate(path, int(size * change))
+                    self.assertEqual(len(stream.read(size)) == size, whole)
+                    client.sendall(head % b"_infos/kl/")
+                    self.assertEqual(stream.readline()[9:12] == b"200", whole)
+
+    def test_server_processes(self):
+        """The programs' own rule is tested by the same table."""
+        table = Path(__file__).with_name("server_command_lines")
+        for line in table.read_bytes().splitlines():
+            verdict, *words = line.split(b"|")
+            self.assertEqual(processes.is_server_command(words), verdict == b"yes", line)
+        self.start_server()
+        shutil.rmtree(self.project)
+        self.assertIn(self.project, [directory for _, directory in processes.networks()])
+        processes.end(self.project)
+        with socket.socket() as client:
+            self.assertNotEqual(client.connect_ex(("127.0.0.1", self.port)), 0)
+
+
+if __name__ == "__main__":
+    unittest.main()
