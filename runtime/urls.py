@@ -4,6 +4,7 @@ from django.contrib import admin
 from django.contrib.staticfiles.views import serve
 from django.urls import path
 from django.utils.functional import lazy
+from django.views.generic import RedirectView
 
 from .hubs import handed_in, resources, views
 from .hubs.forms import LoginForm
@@ -27,6 +28,7 @@ urlpatterns = [
     path("remis/", views.list_handed_in, name="handed_in"),
     path("remis/<str:name>", views.download_handed_in, name="download_handed_in"),
     path("remis/<str:name>/retirer", views.remove, HANDED_IN, name="remove_handed_in"),
+    path("favicon.ico", RedirectView.as_view(url="/static/logo.svg")),  # for files that are shown
     path("_infos/kl/", views.display_name),
     path("admin/", admin.site.urls),
     # Debug mode is off, which says no more than that pages show no internals.

@@ -20,6 +20,9 @@ from served_network import ENVIRONMENT, ServedNetworkTest
 # The address at which visitors find the network; the browser is led to the test's server.
 ADDRESS = "192.0.2.10:8000"
 
+# A picture of one point
+DOT = b"GIF89a\1\0\1\0\x80\0\0\0\0\0\xff\xff\xff,\0\0\0\0\1\0\1\0\0\2\2D\1\0;"
+
 
 class PagesTest(ServedNetworkTest):
     def start_browser(self):
@@ -88,6 +91,12 @@ class PagesTest(ServedNetworkTest):
         self.start_server()
         self.start_browser()
 
+        (self.offered / "Point.gif").write_bytes(DOT)
+        os.utime(self.offered / "Point.gif", (10**9, 10**9))
+
+        self.visit("/ressources/Point.gif")
+        self.assertEqual(self.browser.execute_script("return document.images[0].naturalWidth"), 1)
+        self.assertEqual(self.browser.get_log("browser"), [])
         self.visit("/")
         self.shows("Bienvenue.txt")
         self.look("page")
@@ -113,6 +122,7 @@ class PagesTest(ServedNetworkTest):
         self.shows("a été supprimé.")
         self.assertFalse((self.offered / lesson.name).exists())
 
+        self.visit("/?page=2")
         self.press("Ouvrir la remise")
         self.shows("Ouverte")
         staff = self.browser.get_cookies()

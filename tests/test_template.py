@@ -19,18 +19,23 @@ class TemplateTest(ServedNetworkTest):
         (self.project / "nom.txt").write_text("L'été, 5 € – Łódź؟\n" + "é" * 600, "utf-8")
 
     def test_visitors(self):
-        for name in (".cache.txt", "Été 100% #1?.txt", "a\nb.txt", "\udce9.txt"):
+        for name in (".cache.txt", "a.SVG", "Été 100% #1?.txt", "a\nb.txt", "\udce9.txt"):
             self.offer(name)
         (self.offered / "lien.txt").symlink_to(self.settings)
         self.start_server()  # the database does not exist yet
         page = self.ask("/")[2].decode()
         self.assertIn("<h1>L&#x27;été, 5 € – Łódź؟</h1>", page)
-        offered = re.findall('href="(/ressources/[^"]*)"', page)
-        self.assertEqual(offered, ["/ressources/Bienvenue.txt",
+        offered = re.findall('href="(/ressources/[^"]*)">', page)
+        self.assertEqual(offered, ["/ressources/a.SVG", "/ressources/Bienvenue.txt",
                                    "/ressources/" + quote("Été 100% #1?.txt")])
         for path, header, value, body in [
-                (offered[1], "Content-Disposition", "attachment; filename", b"contenu"),
-                (offered[1], "X-Content-Type-Options", "nosniff", b"contenu"),
+                (offered[2], "Content-Disposition", "inline; filename", b"contenu"),
+                (offered[2], "Content-Type", "text/plain; charset=utf-8", b"contenu"),
+                (offered[2], "Content-Security-Policy", "default-src 'none'", b"contenu"),
+                (offered[0], "Content-Disposition", "attachment", b"contenu"),
+                (offered[0], "Content-Type", "application/octet-stream", b"contenu"),
+                (offered[0], "Content-Security-Policy", "default-src 'self'", b"contenu"),
+                (offered[2], "X-Content-Type-Options", "nosniff", b"contenu"),
                 ("/", "Content-Security-Policy", "default-src 'self'", page.encode()),
                 ("/", "X-Frame-Options", "DENY", page.encode()),
                 ("/_infos/kl/", "Content-Type", "text/plain; charset=ISO-8859-1",
@@ -61,7 +66,7 @@ class TemplateTest(ServedNetworkTest):
         (self.project / "nom.txt").write_text("\ufeff\n Neuf", "utf-8")
         self.ask("/")
         page = self.ask("/?page=2")[2].decode()
-        self.assertEqual((page.count("/ressources/"), "Page 2 sur 201" in page), (50, True))
+        self.assertEqual((page.count(">Enregistrer<"), "Page 2 sur 201" in page), (50, True))
         self.assertIn("<h1>Neuf</h1>", page)
 
     def test_folders(self):
@@ -78,7 +83,7 @@ class TemplateTest(ServedNetworkTest):
         os.mkfifo(self.offered / "Cours" / "tube")
         self.make_account()
         self.start_server()
-        links = 'href="(/ressources/[^"]*)"'
+        links = 'href="(/ressources/[^"]*)">'
         self.assertEqual(re.findall(links, self.ask("/")[2].decode()),
                          ["/ressources/Cours/", "/ressources/Bienvenue.txt"])
         page = self.ask("/ressources/Cours/")[2].decode()

@@ -12,7 +12,7 @@ from django.shortcuts import redirect, render
 from django.urls import reverse
 from django.views.decorators.http import require_http_methods, require_safe
 
-from . import addresses, handed_in, limits, lists, names, resources
+from . import addresses, handed_in, limits, lists, names, resources, shown
 from .kept_pages import same_for_visitors
 from .transfers import send_file
 
@@ -64,11 +64,11 @@ def folder_page(request, path):
     """The files and folders in an offered folder."""
     *outer, name = path.split("/")
     try:
-        shown = lists.context(request, path)
+        listed = lists.context(request, path)
     except OSError as error:
         raise Http404 from error
     return render(request, "folder.html", {
-        **shown,
+        **listed,
         "folder": path,
         "name": name,
         "outer": [("/".join(outer[:end]), outer[end - 1]) for end in range(1, len(outer) + 1)],
@@ -80,6 +80,15 @@ def _opened(folder, path):
         return folder.open(path)
     except OSError as error:
         raise Http404 from error
+
+
+def _given(request, file, name):
+    kind = shown.content_type(name)
+    if not kind:
+        return send_file(request, file, name)
+    response = send_file(request, file, name, kind, inline=True)
+    response["Content-Security-Policy"] = shown.POLICY
+    return response
 
 
 @require_safe
@@ -94,7 +103,7 @@ def download(request, path):
         response = render(request, "being_copied.html", status=503)
         response["Retry-After"] = "2"
         return response
-    return send_file(request, file, os.path.basename(path))
+    return _given(request, file, os.path.basename(path))
 
 
 @require_http_methods(["GET", "HEAD", "POST"])
@@ -222,4 +231,4 @@ def list_handed_in(request):
 @staff_member_required
 def download_handed_in(request, name):
     """One file that has been handed in."""
-    return send_file(request, _opened(handed_in.FOLDER, name), name)
+    return _given(request, _opened(handed_in.FOLDER, name), name)
