@@ -1,4 +1,5 @@
 #include <sys/resource.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <QDir>
@@ -13,6 +14,7 @@
 #include "hub_utilities.h"
 #include "network.h"
 #include "network_names.h"
+#include "registered_networks.h"
 #include "registry_writer.h"
 #include "server_processes.h"
 #include "test_directory.h"
@@ -254,6 +256,28 @@ private slots:
             }
             QVERIFY2(is_server_command(words) == line.startsWith("yes"), line.constData());
         }
+    }
+
+    void display_names() {
+        const TestDirectory directory;
+        directory.write(QStringLiteral("networks.data"), "A|a|\n&&|b|\nlost|\n");
+        QDir().mkdir(QStringLiteral("a"));
+        const QByteArray long_name = QByteArray("\u00e9").repeated(600);
+        const std::pair<QByteArray, QString> rows[] = {
+            {"\xef\xbb\xbf \r\n\n  L'\u00e9t\u00e9  \r\nx", QStringLiteral("L'été")},
+            {"\xc9t\xe9 \x9c\n", QStringLiteral("Été œ")},
+            {"a" + long_name, QLatin1Char('a') + QString(99, QChar(0xe9))},
+            {" \n", QStringLiteral("A")},
+        };
+        for (const auto& [contents, name] : rows) {
+            directory.write(QStringLiteral("a/nom.txt"), contents);
+            const auto networks = registered_networks();
+            QCOMPARE(networks[0].name, name);
+            QCOMPARE(networks[1].name, QStringLiteral("&"));
+        }
+        QFile::remove(QStringLiteral("a/nom.txt"));
+        QCOMPARE(mkfifo("a/nom.txt", 0600), 0);
+        QCOMPARE(registered_networks()[0].name, QStringLiteral("A"));
     }
 
     void discovery() {

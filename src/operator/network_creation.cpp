@@ -11,6 +11,7 @@
 
 #include "hub_utilities.h"
 #include "network_names.h"
+#include "registry_file.h"
 #include "registry_writer.h"
 
 namespace {
@@ -110,7 +111,7 @@ QString creation_refusal(const QString& name, const QString& directory) {
     if (name.isEmpty()) {
         return QStringLiteral("donnez-lui un nom.");
     }
-    const QFileInfo registry(QStringLiteral("networks.data"));
+    const QFileInfo registry(QString::fromLatin1(registry_file));
     if (registry.exists() && !(registry.isFile() && registry.isReadable())) {
         return QStringLiteral(
             "il n'a pas pu être enregistré : networks.data n'est pas un fichier lisible.");

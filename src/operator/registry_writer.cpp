@@ -9,30 +9,25 @@
 #include <memory>
 #include <sstream>
 
-#include "hub_utilities.h"
-#include "network.h"
+#include "registry_file.h"
 
 namespace {
-
-const QString registry_name = QStringLiteral("networks.data");
 
 bool is_registry_field(const std::string& text) {
     return !text.empty() && text.find_first_of("|\n") == std::string::npos;
 }
 
 bool has_network(std::istream& registry, const std::string& name) {
-    for (std::string line; std::getline(registry, line);) {
-        const std::unique_ptr<const Network> network(split_hub_networks_file(line));
-        if (network && network->name == name) {
-            return true;
-        }
-    }
-    return false;
+    bool found = false;
+    read_registry_lines(registry, [&](const std::string&, const std::unique_ptr<Network>& network) {
+        found = found || (network && network->name == name);
+    });
+    return found;
 }
 
 /// Reads the whole registry, nothing when there is none. Returns false when it cannot be read.
 bool read_registry(QByteArray& contents) {
-    QFile registry(registry_name);
+    QFile registry(QString::fromLatin1(registry_file));
     if (!registry.exists()) {
         return true;
     }
@@ -48,7 +43,7 @@ bool read_registry(QByteArray& contents) {
 bool replace_registry(const QByteArray& contents) {
     // Written beside the registry, then renamed over it. The commit alone would not report a disk
     // that is full by the last bytes: the flush does.
-    QSaveFile replacement(registry_name);
+    QSaveFile replacement(QString::fromLatin1(registry_file));
     return replacement.open(QIODevice::WriteOnly) && replacement.write(contents) >= 0 &&
            replacement.flush() && replacement.commit();
 }
@@ -61,7 +56,7 @@ int refuse(const char* reason) {
 }  // namespace
 
 bool is_recorded(const std::string& name) {
-    std::ifstream registry("networks.data");
+    std::ifstream registry(registry_file);
     return has_network(registry, name);
 }
 
@@ -72,7 +67,7 @@ int record_hub_network(std::string name, std::string directory) {
             "être enregistré.");
     }
     const char* const unchanged = "le réseau n'a pas pu être enregistré, le fichier est inchangé.";
-    QLockFile lock(registry_name + QStringLiteral(".lock"));
+    QLockFile lock(QString::fromLatin1(registry_file) + QStringLiteral(".lock"));
     QByteArray contents;
     if (!lock.lock() || !read_registry(contents)) {
         return refuse(unchanged);
