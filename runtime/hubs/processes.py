@@ -1,9 +1,9 @@
 """The networks that an operator serves on this machine, as the process list tells them.
 
 The server of a network is a process of the operator's own, "python3 manage.py runserver ...",
-however python and manage.py were named, whose working directory is the network's: it holds manage.py,
-and beside it the folder that has hubs; or it has been removed. Under plain Django a network has two
-such processes. Needs no Django.
+however python and manage.py were named, whose working directory is the network's: it holds
+manage.py, and beside it the folder that has hubs; or it has been removed. Under plain Django a
+network has two such processes. Needs no Django.
 """
 
 import collections
