@@ -217,21 +217,24 @@ def _extract_file(archive, info, target):
 
 
 def _extract(source, contents):
-    """Lay the files of a copy out below CONTENTS: what goes into the project's directory, and in
-    "paquet" what goes into its package. Returns the names of those that are left out."""
+    """Lay the files of a copy out below CONTENTS: in "projet" what goes into the project's
+    directory, in "paquet" what goes into its package. Returns the names of those left out."""
     left_out = []
+    (contents / "paquet/ressources").mkdir(parents=True)
     with open(source, "rb", opener=_without_waiting) as file, zipfile.ZipFile(file) as archive:
         for info in _checked(archive, os.fstat(file.fileno()).st_size):
-            if info.filename in _FILES:
+            if info.filename == "nom.txt":
                 _extract_file(archive, info, contents / info.filename)
+            elif info.filename in _FILES:
+                _extract_file(archive, info, contents / "projet" / info.filename)
             elif info.filename.split("/")[0] not in _PROGRAMS:
                 _extract_file(archive, info, contents / "paquet" / info.filename)
             else:
                 left_out.append(info.filename)
-    key = contents / "secret_key"
+    key = contents / "projet/secret_key"
     if key.exists() and not _KEY.fullmatch(key.read_bytes()):
         raise Refused(_UNUSABLE)
-    _check_accounts(contents / _DATABASE)
+    _check_accounts(contents / "projet" / _DATABASE)
     return left_out
 
 

@@ -1,9 +1,13 @@
 #include "registry_writer.h"
 
+#include <fcntl.h>
+#include <sys/file.h>
+#include <unistd.h>
+
 #include <QByteArray>
 #include <QFile>
-#include <QLockFile>
 #include <QSaveFile>
+#include <cerrno>
 #include <fstream>
 #include <iostream>
 #include <memory>
@@ -12,6 +16,33 @@
 #include "registry_file.h"
 
 namespace {
+
+/// Keeps other programs from changing the registry. The file stays, for one that were removed could
+/// be locked by two: each in a file of its own.
+class RegistryLock {
+public:
+    RegistryLock()
+        : descriptor(open(".networks.lock", O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC, 0600)) {}
+    RegistryLock(const RegistryLock&) = delete;
+    RegistryLock& operator=(const RegistryLock&) = delete;
+    ~RegistryLock() {
+        if (descriptor >= 0) {
+            close(descriptor);
+        }
+    }
+
+    /// Waits for its turn. Returns whether it has it, until the end of this object.
+    bool take() const {
+        int status = -1;
+        do {
+            status = flock(descriptor, LOCK_EX);
+        } while (status != 0 && errno == EINTR);
+        return status == 0;
+    }
+
+private:
+    int descriptor;
+};
 
 bool is_registry_field(const std::string& text) {
     return !text.empty() && text.find_first_of("|\n") == std::string::npos;
@@ -44,8 +75,16 @@ bool replace_registry(const QByteArray& contents) {
     // Written beside the registry, then renamed over it. The commit alone would not report a disk
     // that is full by the last bytes: the flush does.
     QSaveFile replacement(QString::fromLatin1(registry_file));
-    return replacement.open(QIODevice::WriteOnly) && replacement.write(contents) >= 0 &&
-           replacement.flush() && replacement.commit();
+    const bool replaced = replacement.open(QIODevice::WriteOnly) &&
+                          replacement.write(contents) >= 0 && replacement.flush() &&
+                          replacement.commit();
+    if (replaced) {
+        // The disk is to have the new name, too. A file system that cannot do that is no failure.
+        const int directory = open(".", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+        fsync(directory);
+        close(directory);
+    }
+    return replaced;
 }
 
 int refuse(const char* reason) {
@@ -67,9 +106,9 @@ int record_hub_network(std::string name, std::string directory) {
             "être enregistré.");
     }
     const char* const unchanged = "le réseau n'a pas pu être enregistré, le fichier est inchangé.";
-    QLockFile lock(QString::fromLatin1(registry_file) + QStringLiteral(".lock"));
+    const RegistryLock lock;
     QByteArray contents;
-    if (!lock.lock() || !read_registry(contents)) {
+    if (!lock.take() || !read_registry(contents)) {
         return refuse(unchanged);
     }
     // Whoever asked before the lock may have been overtaken.
