@@ -30,11 +30,14 @@ class Visitor:
         finally:
             connection.close()
 
-    def send(self, name, content, path="/depot/", field="fichiers"):
-        """Sends a file by a page's form, whose token must be among the cookies."""
+    def send(self, name, content, path="/depot/", field="fichiers", more=(), **fields):
+        """Sends a file, and MORE pairs like it, by a page's form, whose token must be among the
+        cookies."""
         part = "--B\r\nContent-Disposition: form-data; name="
-        body = (f'{part}"csrfmiddlewaretoken"\r\n\r\n{self.cookies.get("csrf_Atelier", "")}\r\n'
-                f'{part}"{field}"; filename="{name}"\r\n\r\n{content}\r\n--B--\r\n')
+        fields = {"csrfmiddlewaretoken": self.cookies.get("csrf_Atelier", ""), **fields}
+        body = ("".join(f'{part}"{key}"\r\n\r\n{value}\r\n' for key, value in fields.items())
+                + "".join(f'{part}"{field}"; filename="{file}"\r\n\r\n{text}\r\n'
+                          for file, text in [(name, content), *more]) + "--B--\r\n")
         return self.ask(path, body.encode(), "multipart/form-data; boundary=B")
 
     def log_in(self, account, password="un mot de passe"):
