@@ -10,7 +10,6 @@
 
 #include "command_pipe.h"
 #include "network.h"
-#include "registry_file.h"
 
 std::string exec_cmd(std::string command) {
     std::string output;
@@ -29,23 +28,23 @@ std::string getIp() {
 }
 
 void read_hub_networks(std::vector<Network*>* networks) {
-    std::ifstream registry(registry_file);
+    std::ifstream registry("networks.data");
     if (!registry) {
         std::cerr << "Impossible d'ouvrir le fichier JSON." << std::endl;
         return;
     }
-    int number = 0;
-    read_registry_lines(registry, [&](const std::string& line, std::unique_ptr<Network> network) {
-        ++number;
+    std::string line;
+    for (int number = 1; std::getline(registry, line); ++number) {
         std::cout << line << std::endl;
-        if (network) {
-            networks->push_back(network.release());
-            return;
+        Network* network = split_hub_networks_file(std::move(line));
+        if (network == nullptr) {
+            std::cerr << "networks.data, ligne " << number
+                      << " ignorée : il y manque le nom ou le répertoire, chacun suivi de « | »."
+                      << std::endl;
+            continue;
         }
-        std::cerr << registry_file << ", ligne " << number
-                  << " ignorée : il y manque le nom ou le répertoire, chacun suivi de « | »."
-                  << std::endl;
-    });
+        networks->push_back(network);
+    }
 }
 
 Network* split_hub_networks_file(std::string line) {

@@ -1,5 +1,6 @@
 #include <QApplication>
 #include <QMessageBox>
+#include <QTemporaryFile>
 
 #include "applicationsetup.h"
 #include "command_line.h"
@@ -36,6 +37,10 @@ int main(int argc, char** argv) {
     }
     const ApplicationSetup setup;
     use_french_texts();
+    QTemporaryFile terminal_words;  // for the tool that opens terminals; shown when none opens
+    if (terminal_words.open()) {
+        qputenv("QUORVALE_TERMINAL_WORDS", QFile::encodeName(terminal_words.fileName()));
+    }
     Desk desk;
     desk.show_home({});
     show_notice();

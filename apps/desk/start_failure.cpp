@@ -1,8 +1,10 @@
 #include "start_failure.h"
 
-#include <QDir>
+#include <pwd.h>
+
 #include <QFile>
 #include <QProcess>
+#include <QRegularExpression>
 #include <QStandardPaths>
 #include <algorithm>
 
@@ -13,32 +15,34 @@
 
 namespace {
 
-/// Who listens where the network is to, in French; empty when nobody does or it cannot be told. The
-/// network's own program says it, which would say the same in its terminal.
-QString port_holder(const QDir& project, const std::string& address) {
-    QProcess python;
-    python.start(QStringLiteral("python3"),
-                 {project.filePath(project.dirName() + QStringLiteral("/hubs/processes.py")),
-                  QString::fromStdString(address), QStringLiteral("8000")});
-    python.waitForFinished(5000);
-    return QString::fromUtf8(python.readAllStandardOutput()).trimmed();
+QString user_name(uid_t user) {
+    const passwd* entry = getpwuid(user);
+    return entry != nullptr ? QString::fromLocal8Bit(entry->pw_name) : QString::number(user);
 }
 
-/// Whether a terminal can be opened. The command among our tools, which is always there, opens that
-/// of the desktop where gnome-terminal is missing.
-bool has_terminal() {
-    QStringList directories = qEnvironmentVariable("PATH").split(QLatin1Char(':'));
-    directories.erase(
-        std::remove_if(directories.begin(), directories.end(),
-                       [](const QString& directory) {
-                           return QFile::exists(directory + QStringLiteral("/bare_path"));
-                       }),
-        directories.end());
-    const QStringList terminals = {QStringLiteral("gnome-terminal"),
-                                   QStringLiteral("x-terminal-emulator")};
-    return std::any_of(terminals.begin(), terminals.end(), [&directories](const QString& terminal) {
-        return !QStandardPaths::findExecutable(terminal, directories).isEmpty();
-    });
+/// Who listens on the port of the networks, beside this machine's own loopback; empty when nobody
+/// does or it cannot be told.
+QString port_holder() {
+    QProcess sockets;
+    sockets.start(QStringLiteral("ss"), {QStringLiteral("-Hltnpe"), QStringLiteral("sport = :8000"),
+                                         QStringLiteral("and not src 127.0.0.0/8")});
+    if (!sockets.waitForFinished(5000)) {
+        return {};
+    }
+    const QString listed = QString::fromLocal8Bit(sockets.readAllStandardOutput());
+    if (listed.isEmpty()) {
+        return {};
+    }
+    // The program is told of the operator's own only, the user of all but root.
+    static const QRegularExpression program(QStringLiteral(R"re(users:\(\("([^"]+)",pid=(\d+))re"));
+    const auto own = program.match(listed);
+    if (own.hasMatch()) {
+        return QStringLiteral("votre programme « %1 » (numéro %2)")
+            .arg(own.captured(1), own.captured(2));
+    }
+    static const QRegularExpression uid(QStringLiteral(R"(uid:(\d+))"));
+    return QStringLiteral("un programme de l'utilisateur « %1 »")
+        .arg(user_name(uid.match(listed).captured(1).toUInt()));
 }
 
 /// The last line that Django says of a project which it cannot load, or an empty text.
@@ -53,6 +57,16 @@ QString django_complaint(const QString& directory) {
     return said.section(QLatin1Char('\n'), -1).left(300);
 }
 
+/// The end of what the terminal said, which the tool that opens it keeps.
+QString terminal_words() {
+    QFile file(qEnvironmentVariable("QUORVALE_TERMINAL_WORDS"));
+    if (!file.open(QIODevice::ReadOnly)) {
+        return {};
+    }
+    file.seek(std::max<qint64>(0, file.size() - 400));
+    return QString::fromUtf8(file.readAll()).trimmed();
+}
+
 }  // namespace
 
 QString start_failure(const Network& network) {
@@ -64,14 +78,19 @@ QString start_failure(const Network& network) {
         return QStringLiteral(
             "Cette machine n'a pas d'adresse sur le réseau : vérifiez son câble ou son wifi.");
     }
-    if (!has_terminal()) {
+    if (QStandardPaths::findExecutable(QStringLiteral("gnome-terminal")).isEmpty()) {
         return QStringLiteral("Le terminal, gnome-terminal, n'est pas installé.");
     }
     if (!find_server_processes(network.path).empty()) {
         return QStringLiteral("Il a démarré, mais ne répond pas à l'adresse http://%1:8000.")
             .arg(QString::fromStdString(address));
     }
-    const QString holder = port_holder(QDir(QFile::decodeName(network.path.c_str())), address);
+    if (!is_entered(network.path)) {
+        const QString words = terminal_words();
+        return QStringLiteral("Son terminal ne s'est pas ouvert, ou il a été fermé.") +
+               (words.isEmpty() ? QString() : QStringLiteral("\n\n") + words);
+    }
+    const QString holder = port_holder();
     if (!holder.isEmpty()) {
         return QStringLiteral(
                    "Le port 8000 de cette machine est déjà pris, par %1. Arrêtez-le d'abord.")

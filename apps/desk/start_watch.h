@@ -9,7 +9,8 @@
 class QNetworkReply;
 
 /// Looks whether the server of a network answers at this machine's address with the network's
-/// name, until it does or half a minute has gone. Sends one signal, once.
+/// name, until it does or half a minute has gone; a terminal that
+/// has not opened by then is given up after nine seconds. Sends one signal, once.
 class StartWatch : public QObject {
     Q_OBJECT
 
@@ -30,4 +31,5 @@ private:
     QNetworkAccessManager web;
     QTimer timer;
     const QDeadlineTimer deadline;
+    const QDeadlineTimer terminal_deadline;
 };

@@ -83,6 +83,19 @@ bool serves(pid_t pid, const std::string& directory) {
     return is_own(pid) && is_server_command(words_of(pid)) && works_in(pid, directory);
 }
 
+template <typename Check>
+std::vector<pid_t> find_processes(Check check) {
+    std::vector<pid_t> found;
+    std::error_code error;
+    for (const fs::directory_entry& entry : fs::directory_iterator("/proc", error)) {
+        const pid_t pid = std::atoi(entry.path().filename().c_str());
+        if (pid > 0 && check(pid)) {
+            found.push_back(pid);
+        }
+    }
+    return found;
+}
+
 pid_t parent_of(pid_t pid) {
     std::ifstream file(entry_of(pid, "status"));
     const std::string key = "PPid:";
@@ -136,15 +149,13 @@ bool is_server_command(const std::vector<std::string>& words) {
 }
 
 std::vector<pid_t> find_server_processes(const std::string& directory) {
-    std::vector<pid_t> found;
-    std::error_code error;
-    for (const fs::directory_entry& entry : fs::directory_iterator("/proc", error)) {
-        const pid_t pid = std::atoi(entry.path().filename().c_str());
-        if (pid > 0 && serves(pid, directory)) {
-            found.push_back(pid);
-        }
-    }
-    return found;
+    return find_processes([&directory](pid_t pid) { return serves(pid, directory); });
+}
+
+bool is_entered(const std::string& directory) {
+    return !find_processes([&directory](pid_t pid) {
+                return is_own(pid) && works_in(pid, directory);
+            }).empty();
 }
 
 bool stop_server(const std::string& directory) {

@@ -15,6 +15,10 @@ bool is_server_command(const std::vector<std::string>& words);
 /// nothing.
 std::vector<pid_t> find_server_processes(const std::string& directory);
 
+/// Whether a process of this user has the directory as its working directory, as the shell of a
+/// terminal that was opened for its server. Prints nothing.
+bool is_entered(const std::string& directory);
+
 /// Ends the server of a project directory, and the terminal that was opened for it; a shell in
 /// which the operator typed the command stays. Returns whether no process of the server is left, so
 /// also when there was none.
