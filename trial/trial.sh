@@ -9,10 +9,38 @@ own_address() {
     ifconfig | grep 'inet ' | grep -v '127.0.0.1' | awk '{print $2}' | tail -n 1
 }
 
+# The lines of the trial that led here, the last one first.
+lines() {
+    local frame
+    for ((frame = 1; frame < ${#BASH_SOURCE[@]}; frame++)); do
+        [ "${BASH_SOURCE[frame]}" = "${BASH_SOURCE[0]}" ] ||
+            printf '%s:%s ' "$(basename "${BASH_SOURCE[frame]}")" "${BASH_LINENO[frame - 1]}"
+    done
+}
+
 fail() {
-    echo "FAILED: $*" >&2
+    echo "FAILED: $*, at $(lines)" >&2
     exit 1
 }
+
+# Says what stands when the trial has failed: the last output of its programs, and their windows.
+# shellcheck disable=SC2317 # called by the trap
+show_what_stands() {
+    local title
+    set +e
+    [ -z "${unexpected-}" ] || echo "FAILED: $unexpected"
+    tail -n 20 trace err ./*.log ${pictures:+"$pictures/trace"} 2>/dev/null
+    xdotool search --onlyvisible --name . getwindowname %@ 2>/dev/null | sort -u |
+        while read -r title; do
+            printf '==> window « %s »\n' "$title"
+            timeout 10 "$here/screen_content" "$title" 2>/dev/null
+        done
+}
+
+# A command may fail without a word of its own.
+set -E
+trap 'unexpected="$BASH_COMMAND, at $(lines)"' ERR
+trap '[ $? = 0 ] || show_what_stands >&2' EXIT
 
 # Waits until a command succeeds: a generous minute and a half, then gives up. $1 says for what.
 wait_for() {
@@ -30,11 +58,25 @@ shown() {
     xdotool search --onlyvisible --name "^$1\$" && [ -n "$("$here/screen_content" "$1")" ]
 }
 
+# Brings a window to the front: NUMBER. A message of the same program, which the window waits for,
+# stays in front of it.
+brought() {
+    xdotool windowactivate "$1" && in_front "$1" && return
+    sleep 0.1
+    in_front "$1"
+}
+
+in_front() {
+    [ "$(xdotool getactivewindow getwindowpid)" = "$(xdotool getwindowpid "$1")" ]
+}
+
 # Waits for a window and brings it to the front: TITLE. Prints its number.
 to_front() {
+    local window
     wait_for "the window « $1 »" shown "$1"
-    xdotool search --onlyvisible --name "^$1\$" windowactivate --sync
-    xdotool search --onlyvisible --name "^$1\$"
+    window=$(xdotool search --onlyvisible --name "^$1\$")
+    wait_for "« $1 » in front" brought "$window"
+    echo "$window"
 }
 
 # Saves the picture of a window, once it had the time to draw itself: TITLE FILE.
