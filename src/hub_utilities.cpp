@@ -10,6 +10,7 @@
 
 #include "command_pipe.h"
 #include "network.h"
+#include "registry_file.h"
 
 std::string exec_cmd(std::string command) {
     std::string output;
@@ -28,23 +29,23 @@ std::string getIp() {
 }
 
 void read_hub_networks(std::vector<Network*>* networks) {
-    std::ifstream registry("networks.data");
+    std::ifstream registry(registry_file);
     if (!registry) {
         std::cerr << "Impossible d'ouvrir le fichier JSON." << std::endl;
         return;
     }
-    std::string line;
-    for (int number = 1; std::getline(registry, line); ++number) {
+    int number = 0;
+    read_registry_lines(registry, [&](const std::string& line, std::unique_ptr<Network> network) {
+        ++number;
         std::cout << line << std::endl;
-        Network* network = split_hub_networks_file(std::move(line));
-        if (network == nullptr) {
-            std::cerr << "networks.data, ligne " << number
-                      << " ignorée : il y manque le nom ou le répertoire, chacun suivi de « | »."
-                      << std::endl;
-            continue;
+        if (network) {
+            networks->push_back(network.release());
+            return;
         }
-        networks->push_back(network);
-    }
+        std::cerr << registry_file << ", ligne " << number
+                  << " ignorée : il y manque le nom ou le répertoire, chacun suivi de « | »."
+                  << std::endl;
+    });
 }
 
 Network* split_hub_networks_file(std::string line) {

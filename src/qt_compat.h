@@ -1,10 +1,13 @@
 #pragma once
 
+#include <QByteArray>
 #include <QLibraryInfo>
 #include <QString>
 
 #if QT_VERSION_MAJOR < 6
 #include <QTextCodec>
+#else
+#include <QStringDecoder>
 #endif
 
 /// What the Qt releases that we build with call differently.
@@ -23,5 +26,25 @@ inline QString qt_translations_directory() {
     return QLibraryInfo::location(QLibraryInfo::TranslationsPath);
 #else
     return QLibraryInfo::path(QLibraryInfo::TranslationsPath);
+#endif
+}
+
+/// The text of a file that was written in an editor: UTF-8, with a byte-order mark or without, else
+/// Windows-1252. A letter that is cut off at the end is left out.
+inline QString text_of_file(const QByteArray& bytes) {
+#if QT_VERSION_MAJOR < 6
+    QTextCodec::ConverterState state;
+    QString text =
+        QTextCodec::codecForName("UTF-8")->toUnicode(bytes.constData(), bytes.size(), &state);
+    return state.invalidChars == 0 ? text
+                                   : QTextCodec::codecForName("Windows-1252")->toUnicode(bytes);
+#else
+    QStringDecoder utf8(QStringDecoder::Utf8);
+    QString text = utf8(bytes);
+    if (!utf8.hasError()) {
+        return text;
+    }
+    QStringDecoder windows("Windows-1252");
+    return windows.isValid() ? windows(bytes) : QString::fromLatin1(bytes);
 #endif
 }

@@ -1,30 +1,32 @@
 """A network made from the template and served on a port of this machine, for the tests."""
 
-import http.client
 import os
 import re
 import signal
 import socket
 import subprocess
+import sys
 import tempfile
 import time
 import unittest
 from pathlib import Path
-from urllib.parse import urlencode
+
+sys.path.append(str(Path(__file__).resolve().parent.parent / "trial"))
+from visitor import Visitor  # noqa: E402  (of the folder that was just added)
 
 TEMPLATE = Path(__file__).resolve().parent.parent / "runtime"
 ENVIRONMENT = {**os.environ, "PATH": "/usr/bin:/bin", "PYTHONDONTWRITEBYTECODE": "1",
                "DJANGO_SUPERUSER_PASSWORD": "un mot de passe"}
 
 
-class ServedNetworkTest(unittest.TestCase):
+class ServedNetworkTest(unittest.TestCase, Visitor):
     def setUp(self):
+        Visitor.__init__(self, "127.0.0.1")
         directory = tempfile.TemporaryDirectory()
         self.addCleanup(directory.cleanup)
         self.project = Path(directory.name) / "Atelier"
         self.offered = self.project / "Atelier" / "ressources"
         self.handed_in = self.project / "Atelier" / "depots"
-        self.cookies, self.address = {}, "127.0.0.1"
         self.run_in(directory.name, "django-admin", "startproject", "Atelier")
         self.run_in(TEMPLATE, "cp", "-a", "settings.py", "urls.py", "hubs", "ressources",
                     "templates", "static", self.project / "Atelier")
@@ -67,31 +69,10 @@ class ServedNetworkTest(unittest.TestCase):
             time.sleep(0.1)
         self.fail("the server does not answer")
 
-    def ask(self, path, body=None, kind="", method=None, **headers):
-        connection = http.client.HTTPConnection("127.0.0.1", self.port, 60, (self.address, 0))
-        self.addCleanup(connection.close)
-        cookies = "; ".join(f"{name}={value}" for name, value in self.cookies.items())
-        connection.request(method or ("POST" if body else "GET"), path, body, {
-            "Cookie": cookies, "Content-Type": kind,
-            "X-Real-IP": os.urandom(8).hex(),  # which nobody may choose himself
-            **{name.replace("_", "-"): value for name, value in headers.items()}})
-        answer = connection.getresponse()
-        for cookie in answer.headers.get_all("Set-Cookie", ()):
-            self.cookies.update([cookie.split(";")[0].split("=", 1)])
-        return answer.status, answer.headers, answer.read()
-
-    def send(self, name, content, path="/depot/", field="fichiers"):
-        part = "--B\r\nContent-Disposition: form-data; name="
-        body = (f'{part}"csrfmiddlewaretoken"\r\n\r\n{self.cookies.get("csrf_Atelier", "")}\r\n'
-                f'{part}"{field}"; filename="{name}"\r\n\r\n{content}\r\n--B--\r\n')
-        return self.ask(path, body.encode(), "multipart/form-data; boundary=B")
-
     def bound(self, name, value):
         file = self.project / "Atelier" / "hubs" / "limits.py"
         file.write_text(re.sub(f"(?m)^{name} = .*", f"{name} = {value}", file.read_text("utf-8")))
 
-    def log_in(self, account, password):
-        token = re.search('csrfmiddlewaretoken" value="(.*?)"', self.ask("/admin/login/")[2].decode())
-        login = {"csrfmiddlewaretoken": token[1], "username": account, "password": password}
-        answer = self.ask("/admin/login/", urlencode(login), "application/x-www-form-urlencoded")
-        return answer[0], "Attendez une minute" in answer[2].decode()
+    def log_in(self, account, password="un mot de passe"):
+        status, _, page = super().log_in(account, password)
+        return status, "Attendez une minute" in page.decode()

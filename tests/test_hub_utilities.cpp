@@ -1,8 +1,9 @@
+#include <sys/file.h>
 #include <sys/resource.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <QDir>
-#include <QLockFile>
 #include <QScopeGuard>
 #include <QtTest>
 #include <chrono>
@@ -13,6 +14,7 @@
 #include "hub_utilities.h"
 #include "network.h"
 #include "network_names.h"
+#include "registered_networks.h"
 #include "registry_writer.h"
 #include "server_processes.h"
 #include "test_directory.h"
@@ -168,13 +170,14 @@ private slots:
 
     void recording_takes_turns() {
         const TestDirectory directory;
-        QLockFile other(QStringLiteral("networks.data.lock"));
-        QVERIFY(other.lock());
+        QFile other(QStringLiteral(".networks.lock"));
+        QVERIFY(other.open(QIODevice::WriteOnly));
+        QCOMPARE(flock(other.handle(), LOCK_EX), 0);
         auto result =
             std::async(std::launch::async, [] { return record_hub_network("A", "/second"); });
         QVERIFY(result.wait_for(std::chrono::milliseconds(300)) == std::future_status::timeout);
         directory.write(QStringLiteral("networks.data"), "A|/first|\n");
-        other.unlock();
+        other.close();
         QCOMPARE(result.get(), 1);
         QCOMPARE(directory.read(QStringLiteral("networks.data")), QByteArray("A|/first|\n"));
     }
@@ -188,8 +191,7 @@ private slots:
         with_limit(RLIMIT_FSIZE, 2010, [&] { result = record_hub_network("A", "/directory"); });
         QCOMPARE(result, 1);
         QCOMPARE(directory.read(QStringLiteral("networks.data")), before);
-        QCOMPARE(QDir().entryList(QDir::Files | QDir::Hidden),
-                 QStringList(QStringLiteral("networks.data")));
+        QCOMPARE(QDir().entryList(QDir::Files), QStringList(QStringLiteral("networks.data")));
     }
 
     void running_check() {
@@ -254,6 +256,28 @@ private slots:
             }
             QVERIFY2(is_server_command(words) == line.startsWith("yes"), line.constData());
         }
+    }
+
+    void display_names() {
+        const TestDirectory directory;
+        directory.write(QStringLiteral("networks.data"), "A|a|\n&&|b|\nlost|\n");
+        QDir().mkdir(QStringLiteral("a"));
+        const QByteArray long_name = QByteArray("\u00e9").repeated(600);
+        const std::pair<QByteArray, QString> rows[] = {
+            {"\xef\xbb\xbf \r\n\n  L'\u00e9t\u00e9  \r\nx", QStringLiteral("L'été")},
+            {"\xc9t\xe9 \x9c\n", QStringLiteral("Été œ")},
+            {"a" + long_name, QLatin1Char('a') + QString(99, QChar(0xe9))},
+            {" \n", QStringLiteral("A")},
+        };
+        for (const auto& [contents, name] : rows) {
+            directory.write(QStringLiteral("a/nom.txt"), contents);
+            const auto networks = registered_networks();
+            QCOMPARE(networks[0].name, name);
+            QCOMPARE(networks[1].name, QStringLiteral("&"));
+        }
+        QFile::remove(QStringLiteral("a/nom.txt"));
+        QCOMPARE(mkfifo("a/nom.txt", 0600), 0);
+        QCOMPARE(registered_networks()[0].name, QStringLiteral("A"));
     }
 
     void discovery() {

@@ -163,11 +163,11 @@ class Programs(unittest.TestCase):
                 ("Forge", "rm -r static", "manque ici"),
                 ("Forge", "echo '[ $1 = urls.py ] || command -p cp $*' >bin/cp", "être copié"),
                 # By somebody else, meanwhile.
-                ("Forge", "touch networks.data; echo 'echo \"Forge|/d|\" >networks.data; "
+                ("Forge", "touch networks.data; echo 'echo \"Forge|/d|\" >../networks.data; "
                           "command -p cp $*' >bin/cp", "déjà enregistré.\n"),
                 ("Forge", "", "prendrait pas tel quel", "a b"),
                 ("Forge", "", "prendrait pas tel quel", "a;b"),
-                ("Forge", "echo '[ -e creation.lock ] || command -p django-admin $*'"
+                ("Forge", "echo '[ -e ../creation.lock ] || command -p django-admin $*'"
                           " >bin/django-admin", "n'a pas pu être créé"),
                 ("Forge", "echo 'import os; os.kill(os.getppid(), 15); 1/0' >>settings.py",
                  "base de données"),
@@ -176,10 +176,10 @@ class Programs(unittest.TestCase):
                 self.setUp(*folder)
                 self.place_template()
                 subprocess.run(before + "\nchmod -f +x bin/*", cwd=self.work, shell=True)
-                files = sorted(os.listdir(self.work))
+                files = {*os.listdir(self.work), ".networks.lock"}
                 status, _, err = self.program("new", "--admin", "anne", name, typed="Tres-Long-77")
                 self.assertEqual((status, reason in err), (1, True), err)
-                self.assertEqual(sorted(os.listdir(self.work)), files)
+                self.assertEqual({*os.listdir(self.work), ".networks.lock"}, files)
 
 
 if __name__ == "__main__":

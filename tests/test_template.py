@@ -2,11 +2,14 @@
 """Makes a project from the network template, runs its real server and asks it for everything."""
 
 import ast
+import io
 import os
 import re
 import socket
 import subprocess
+import time
 import unittest
+import zipfile
 from urllib.parse import quote
 
 from served_network import ENVIRONMENT, ServedNetworkTest
@@ -66,16 +69,58 @@ class TemplateTest(ServedNetworkTest):
         (self.project / "nom.txt").write_text("\ufeff\n Neuf", "utf-8")
         self.ask("/")
         page = self.ask("/?page=2")[2].decode()
-        self.assertEqual((page.count(">Enregistrer<"), "Page 2 sur 201" in page), (50, True))
+        self.assertEqual((page.count("<li>"), "Page 2 sur 201" in page), (50, True))
         self.assertIn("<h1>Neuf</h1>", page)
+
+    def unzipped(self, path):
+        """The names and contents in the archive, sent as it was announced."""
+        status, headers, body = self.ask(path)
+        self.assertEqual((status, headers["Content-Length"]), (200, str(len(body))))
+        with zipfile.ZipFile(io.BytesIO(body)) as archive:
+            self.assertIsNone(archive.testzip())
+            return {name: archive.read(name) for name in archive.namelist()}
+
+    def test_collecting(self):
+        self.bound("HANDED_IN_AT_ONCE", 3)
+        self.make_account()
+        self.handed_in.mkdir(0o700)
+        (self.handed_in / ".ouverte").touch()
+        (self.handed_in / ".caché.txt").touch()
+        (self.handed_in / "lien.txt").symlink_to(self.settings)
+        self.start_server()
+        self.ask("/remettre/")
+        answer = self.send("tout.zip", "a", "/remettre/", "fichier", [
+            ("x.txt", "b"), ("X.TXT", "c"), ("de trop.txt", "d")])
+        self.assertEqual(answer[1]["Location"], "/remettre/")
+        answer = self.send("é.txt", "e", "/remettre/", "fichier", nom="Léa & co")
+        self.assertEqual(answer[1]["Location"], "/remettre/?nom=L%C3%A9a+%26+co")
+        page = self.ask(answer[1]["Location"])[2].decode()
+        self.assertIn('value="Léa &amp; co"', page)
+        self.assertIn("Pas plus de 3 fichiers à la fois", page)
+        self.assertIn("» ont bien été remis", page)
+        self.log_in("zoé", "un mot de passe")
+        collected = self.unzipped("/remis/tout.zip")
+        self.assertEqual(sorted(re.sub(r"\d{4}-\d\d-\d\d \d\dh\d\d", "DATE", name)
+                                for name in collected), [
+            "Léa & co — DATE — é.txt", "Sans nom — DATE — X.TXT",
+            "Sans nom — DATE — tout (2).zip", "Sans nom — DATE — x (2).txt"])
+        self.assertEqual(sorted(collected.values()), [b"a", b"b", b"c", b"e"])
+        question = self.ask("/remettre/vider/")[2].decode()
+        time.sleep(0.05)  # more than a tick of the file system's clock
+        self.send("après.txt", "f", "/remettre/", "fichier")
+        until = re.search('name="jusqu_a" value="([0-9]+)"', question)[1]
+        self.send("", "", "/remettre/vider/", jusqu_a=until)
+        self.assertEqual([file.name for file in self.handed_in.glob("[!.]*") if file.is_file()
+                          and not file.is_symlink()], ["après.txt"])
 
     def test_folders(self):
         outside = self.project / "dehors"
         outside.mkdir()
         (outside / "x.txt").touch()
         for path in ("Cours/Été/L’œuvre.txt", "Cours/.caché.txt", ".caché/x.txt", "Cours/a\nb/x.txt",
-                     "Cours/B.txt", "Cours/a#1.txt"):
+                     "Cours/B.txt", "Cours/a#1.txt", "Cours/a\\..\\x.txt"):
             self.offer(path)
+        work = self.offered / "Cours/Été/L’œuvre.txt"
         self.bound("COPYING_SECONDS", 60)
         self.offer("Cours/arrive.txt", seconds_ago=0)
         (self.offered / "Cours" / "lien").symlink_to(outside)
@@ -89,7 +134,7 @@ class TemplateTest(ServedNetworkTest):
         page = self.ask("/ressources/Cours/")[2].decode()
         self.assertEqual(re.findall(links, page), [
             "/ressources/Cours/" + quote("Été/"), "/ressources/Cours/a%231.txt",
-            "/ressources/Cours/B.txt"])
+            "/ressources/Cours/a%5C..%5Cx.txt", "/ressources/Cours/B.txt"])
         self.assertEqual((page.count("en cours de copie"), "4 éléments" in page), (1, False))
         for path, expected in [
                 ("Cours/arrive.txt", 503), ("Cours", 302), ("Cours/B.txt", 200),
@@ -100,10 +145,19 @@ class TemplateTest(ServedNetworkTest):
                 ("Cours/a%0Ab/x.txt", 404), (quote("Cours/.caché.txt"), 404),
                 (quote(".caché/x.txt"), 404), (quote(".caché/"), 404), ("Absent/", 404)]:
             self.assertEqual(self.ask("/ressources/" + path)[0], expected, path)
+        for path in ("Cours/arrive", "Absent", "Cours/lien", ".caché", "Bienvenue.txt", ".."):
+            self.assertEqual(self.ask(f"/archives/{quote(path)}.zip")[0], 404, path)
+        self.assertEqual(self.unzipped("/archives/Cours.zip"), {
+            f"Cours/{name}": b"contenu"
+            for name in ("Été/L’œuvre.txt", "a_.._x.txt", "B.txt", "a#1.txt")})
         found = re.findall(links, self.ask("/?q=oeuvre+L%27")[2].decode())
         self.assertEqual(found, ["/ressources/" + quote("Cours/Été/L’œuvre.txt"),
                                  "/ressources/" + quote("Cours/Été/")])
         self.log_in("zoé", "un mot de passe")
+        for name, content, kept in [("neuf.odt", "neuf", "contenu"), ("neuf.TXT", "neuf", "neuf")]:
+            self.send(name, content, "/remplacer/" + quote("Cours/Été/L’œuvre.txt"), "fichier")
+            self.assertEqual(work.read_text("utf-8"), kept)
+        self.assertEqual(os.listdir(work.parent), [work.name])
         self.assertIn("4 éléments", self.ask("/ressources/Cours/")[2].decode())
         answer = self.send("B.txt", "", "/supprimer/Cours/B.txt")
         self.assertEqual((answer[0], answer[1]["Location"]), (302, "/ressources/Cours/"))
@@ -165,7 +219,8 @@ class TemplateTest(ServedNetworkTest):
         self.start_server()
         self.log_in("inconnu", "faux")  # brings the token of forms
         for path in ["/remis/", "/remis/secret.txt", "/remis/secret.txt/retirer", "/depot/",
-                     "/remettre/ouverture/", "/supprimer/Bienvenue.txt"]:
+                     "/remettre/ouverture/", "/supprimer/Bienvenue.txt", "/remis/tout.zip",
+                     "/remettre/vider/", "/remplacer/Bienvenue.txt"]:
             for answer in [self.ask(path), self.send("a.txt", "a", path)]:
                 self.assertIn((answer[0], (answer[1]["Location"] or "")[:13]),
                               [(302, "/admin/login/"), (405, "")], path)

@@ -324,8 +324,6 @@ private slots:
         QByteArray registry;
         for (const QString& name : {QStringLiteral("a"), QStringLiteral("b")}) {
             QDir().mkpath(name + QStringLiteral("/manage.py"));
-            QDir().mkpath(name + QLatin1Char('/') + name +
-                          QStringLiteral("/hubs/management/commands/compte.py"));
             registry += name.toLatin1() + '|' + directory.path(name).toLocal8Bit() + "|\n";
         }
         directory.write(QStringLiteral("networks.data"), registry);
@@ -374,7 +372,7 @@ private slots:
         window.show();
         QCOMPARE(refusals(window, {}),
                  "Donnez-lui un nom.||Donnez un pseudo à l'administrateur.|"
-                 "Donnez-lui un mot de passe.||");
+                 "Donnez un mot de passe.||");
         QVERIFY(refusals(window, {QStringLiteral(" l'été "), {}, {}, QStringLiteral("a"), {}})
                     .endsWith("||Donnez un pseudo à l'administrateur.||Les deux mots de passe ne "
                               "sont pas les mêmes.|"));

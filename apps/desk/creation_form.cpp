@@ -8,7 +8,7 @@
 #include <QPushButton>
 
 #include "background_command.h"
-#include "field_errors.h"
+#include "form_state.h"
 #include "label_button.h"
 #include "network_creation.h"
 #include "network_names.h"
@@ -51,7 +51,6 @@ void CreationForm::show_path() {
 void CreationForm::refuse(Field field, const QString& reason) {
     refused = true;
     refuse_field(*fields[field], reason.left(1).toUpper() + reason.mid(1));
-    fields[field]->selectAll();
 }
 
 bool CreationForm::check() {
@@ -65,12 +64,8 @@ bool CreationForm::check() {
     if (fields[pseudonym]->text().trimmed().isEmpty()) {
         refuse(pseudonym, QStringLiteral("Donnez un pseudo à l'administrateur."));
     }
-    if (fields[password]->text().isEmpty()) {
-        refuse(password, QStringLiteral("Donnez-lui un mot de passe."));
-    } else if (fields[password]->text() != fields[confirmation]->text()) {
-        refuse(confirmation, QStringLiteral("Les deux mots de passe ne sont pas les mêmes."));
-    }
-    return !refused;
+    const bool fit = check_password(*fields[password], *fields[confirmation]);
+    return fit && !refused;
 }
 
 void CreationForm::save() {
@@ -83,15 +78,10 @@ void CreationForm::save() {
 void CreationForm::set_busy(bool busy) {
     // A window closed meanwhile does not end the program before the creation.
     QApplication::setQuitOnLastWindowClosed(!busy);
-    save_button->parentWidget()->setEnabled(!busy);
+    set_form_busy(*save_button->parentWidget(), busy);
     back_link->setEnabled(!busy);
     // In the button: a large font leaves no room for another line.
     save_button->setText(busy ? QStringLiteral("Création en cours…") : save_text);
-    if (busy) {
-        window.setCursor(Qt::BusyCursor);
-    } else {
-        window.unsetCursor();
-    }
 }
 
 void CreationForm::create() {

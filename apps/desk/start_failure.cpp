@@ -1,10 +1,8 @@
 #include "start_failure.h"
 
-#include <pwd.h>
-
+#include <QDir>
 #include <QFile>
 #include <QProcess>
-#include <QRegularExpression>
 #include <QStandardPaths>
 #include <algorithm>
 
@@ -15,34 +13,15 @@
 
 namespace {
 
-QString user_name(uid_t user) {
-    const passwd* entry = getpwuid(user);
-    return entry != nullptr ? QString::fromLocal8Bit(entry->pw_name) : QString::number(user);
-}
-
-/// Who listens on the port of the networks, beside this machine's own loopback; empty when nobody
-/// does or it cannot be told.
-QString port_holder() {
-    QProcess sockets;
-    sockets.start(QStringLiteral("ss"), {QStringLiteral("-Hltnpe"), QStringLiteral("sport = :8000"),
-                                         QStringLiteral("and not src 127.0.0.0/8")});
-    if (!sockets.waitForFinished(5000)) {
-        return {};
-    }
-    const QString listed = QString::fromLocal8Bit(sockets.readAllStandardOutput());
-    if (listed.isEmpty()) {
-        return {};
-    }
-    // The program is told of the operator's own only, the user of all but root.
-    static const QRegularExpression program(QStringLiteral(R"re(users:\(\("([^"]+)",pid=(\d+))re"));
-    const auto own = program.match(listed);
-    if (own.hasMatch()) {
-        return QStringLiteral("votre programme « %1 » (numéro %2)")
-            .arg(own.captured(1), own.captured(2));
-    }
-    static const QRegularExpression uid(QStringLiteral(R"(uid:(\d+))"));
-    return QStringLiteral("un programme de l'utilisateur « %1 »")
-        .arg(user_name(uid.match(listed).captured(1).toUInt()));
+/// Who listens where the network is to, in French; empty when nobody does or it cannot be told. The
+/// network's own program says it, which would say the same in its terminal.
+QString port_holder(const QDir& project, const std::string& address) {
+    QProcess python;
+    python.start(QStringLiteral("python3"),
+                 {project.filePath(project.dirName() + QStringLiteral("/hubs/processes.py")),
+                  QString::fromStdString(address), QStringLiteral("8000")});
+    python.waitForFinished(5000);
+    return QString::fromUtf8(python.readAllStandardOutput()).trimmed();
 }
 
 /// The last line that Django says of a project which it cannot load, or an empty text.
@@ -90,7 +69,7 @@ QString start_failure(const Network& network) {
         return QStringLiteral("Son terminal ne s'est pas ouvert, ou il a été fermé.") +
                (words.isEmpty() ? QString() : QStringLiteral("\n\n") + words);
     }
-    const QString holder = port_holder();
+    const QString holder = port_holder(QDir(QFile::decodeName(network.path.c_str())), address);
     if (!holder.isEmpty()) {
         return QStringLiteral(
                    "Le port 8000 de cette machine est déjà pris, par %1. Arrêtez-le d'abord.")

@@ -7,7 +7,6 @@
 #include <QUrl>
 
 #include "hub_utilities.h"
-#include "network_names.h"
 #include "screen_pieces.h"
 #include "server_processes.h"
 
@@ -17,8 +16,8 @@ const int patience = 30'000;  // milliseconds, for the whole start
 const int terminal_patience = 9'000;
 const int pause = 500;
 
-/// What the network's server answers by its own account; empty for one of an older template.
-QByteArray name_by_template(const QDir& project) {
+/// The name that the network's server is to answer, by the network's own program; empty without it.
+QByteArray own_name(const QDir& project) {
     for (const QString& package : project.entryList(QDir::Dirs | QDir::NoDotAndDotDot)) {
         const QString program = project.filePath(package + QStringLiteral("/hubs/names.py"));
         if (QFile::exists(program)) {
@@ -73,9 +72,6 @@ void StartWatch::judge(QNetworkReply& reply) {
 
 bool StartWatch::is_its_name(const QByteArray& name) const {
     const QDir project(QString::fromStdString(network.path));
-    const QByteArray expected = name_by_template(project);
-    if (!expected.isEmpty()) {
-        return name == expected;
-    }
-    return name == shown_name(network.name).toLatin1() || name == project.dirName().toLatin1();
+    const QByteArray expected = own_name(QDir(QFile::decodeName(network.path.c_str())));
+    return !expected.isEmpty() && name == expected;
 }

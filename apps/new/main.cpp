@@ -2,6 +2,7 @@
 #include <unistd.h>
 
 #include <QCoreApplication>
+#include <QDir>
 #include <csignal>
 #include <iostream>
 #include <string>
@@ -13,6 +14,7 @@
 namespace {
 
 const QString admin = QStringLiteral("admin");
+const QString contents = QStringLiteral("contents");
 
 /// The first line of standard input; what is typed in a terminal is not shown.
 QByteArray read_password() {
@@ -52,6 +54,10 @@ void describe(CommandLine& line) {
                                     "demandé, ou lu sur la première ligne de l'entrée "
                                     "standard."),
                      QStringLiteral("PSEUDO")});
+    // For quorvale-network, which restores a copy: see NewNetwork.
+    QCommandLineOption of_copy(contents, {}, QStringLiteral("RÉPERTOIRE"));
+    of_copy.setFlags(QCommandLineOption::HiddenFromHelp);
+    line.add_option(of_copy);
 }
 
 }  // namespace
@@ -78,6 +84,9 @@ int main(int argc, char** argv) {
     NewNetwork wanted{line.argument(0), line.value(admin)};
     if (line.has(admin)) {
         wanted.password = read_password();
+    }
+    if (line.has(contents)) {
+        wanted.contents = QDir(line.value(contents)).absolutePath();
     }
     outlive_signals();
     return create_and_record_network(wanted);

@@ -11,7 +11,7 @@
 
 #include "background_command.h"
 #include "creation_status.h"
-#include "field_errors.h"
+#include "form_state.h"
 #include "setupwindow.h"
 
 namespace {
@@ -28,15 +28,6 @@ QString obstacle(const RegisteredNetwork& network) {
     if (!has_project(network.directory)) {
         return QStringLiteral("Le réseau « %1 » :\n").arg(network.name) +
                project_missing(network.directory);
-    }
-    const QDir project = project_of(network);
-    if (!project.exists(project.dirName() +
-                        QStringLiteral("/hubs/management/commands/compte.py"))) {
-        return QStringLiteral(
-                   "Le réseau « %1 » vient d'une version plus ancienne, qui n'ajoute "
-                   "pas de comptes d'ici. Arrêtez-le, puis ouvrez cette fenêtre de "
-                   "nouveau : il sera mis à jour.")
-            .arg(network.name);
     }
     return {};
 }
@@ -99,12 +90,7 @@ bool AccountForm::check() {
     if (fields[name]->text().trimmed().isEmpty()) {
         refuse(name, QStringLiteral("Donnez un nom."));
     }
-    if (fields[password]->text().isEmpty()) {
-        refuse(password, QStringLiteral("Donnez un mot de passe."));
-    } else if (fields[password]->text() != fields[confirmation]->text()) {
-        refuse(confirmation, QStringLiteral("Les deux mots de passe ne sont pas les mêmes."));
-    }
-    return fit;
+    return check_password(*fields[password], *fields[confirmation]) && fit;
 }
 
 RegisteredNetwork AccountForm::choose_network() {
@@ -172,12 +158,10 @@ void AccountForm::end(const RegisteredNetwork& network, int status, const QStrin
 }
 
 void AccountForm::set_busy(bool busy) {
-    save_button->parentWidget()->setEnabled(!busy);
+    set_form_busy(*save_button->parentWidget(), busy);
     if (busy) {
-        window.setCursor(Qt::BusyCursor);
         show_result(QStringLiteral("Ajout du compte en cours…"), "#0b3c66");
     } else {
-        window.unsetCursor();
         save_button->setFocus();  // the form has lost it
         result->hide();
     }

@@ -3,7 +3,9 @@
 import fcntl
 import os
 from contextlib import contextmanager
-from itertools import count
+from datetime import datetime, timezone
+
+from django.utils.timezone import localtime
 
 from . import limits, resources
 
@@ -15,6 +17,9 @@ _OPEN = limits.HANDED_IN_DIR / ".ouverte"
 # Stands between who sent a file and the file's name.
 _SEPARATOR = " — "
 SENDER_LENGTH = 40
+
+# What the page of all files as one calls them, so that no single file can be called that
+ARCHIVE = "tout.zip"
 
 
 class Refused(Exception):
@@ -68,11 +73,32 @@ def receive(file, sender):
     if file.size > limits.HANDED_IN_FILE_BYTES:
         raise Refused("il est trop gros")
     sender = resources.clean_name(sender).replace(_SEPARATOR, " - ")[:SENDER_LENGTH].strip()
-    stem, extension = os.path.splitext(f"{sender}{_SEPARATOR}{name}" if sender else name)
     with _locked():
         _check_room(file.size)
-        for number in count(1):
-            taken = f"{stem} ({number}){extension}" if number > 1 else stem + extension
-            if not FOLDER.status(taken):
-                FOLDER.keep(taken, file.chunks())
-                return parts(taken)[1]
+        for candidate in resources.numbered(f"{sender}{_SEPARATOR}{name}" if sender else name):
+            if candidate != ARCHIVE and not FOLDER.status(candidate):
+                FOLDER.keep(candidate, file.chunks())
+                return parts(candidate)[1]
+
+
+def files():
+    """The name and the os.stat_result of each file, the latest first."""
+    found = [(name, status) for name in FOLDER.names() if (status := FOLDER.status(name))]
+    return sorted(found, key=lambda file: file[1].st_ctime_ns, reverse=True)
+
+
+def in_archive():
+    """Yields where each file is on the disk, and a name for it that says when it came."""
+    for name, status in files():
+        sender, file = parts(name)
+        came = datetime.fromtimestamp(status.st_mtime, timezone.utc)
+        yield FOLDER.location(name), _SEPARATOR.join(
+            [sender or "Sans nom", f"{localtime(came):%Y-%m-%d %Hh%M}", file])
+
+
+def remove_until(moment):
+    """Remove the files that came until then, a st_ctime_ns. Returns how many. Raises OSError."""
+    came = [name for name, status in files() if status.st_ctime_ns <= moment]
+    for name in came:
+        FOLDER.remove(name)
+    return len(came)

@@ -6,7 +6,7 @@ from urllib.parse import urlencode
 
 from django.core.paginator import Paginator
 
-from . import resources
+from . import archives, resources
 from .resources import OFFERED
 
 FILES_PER_PAGE = 50
@@ -63,6 +63,7 @@ def context(request, folder=""):
                                          "page": ""}),
         "page": page,
         "rows": [_row(entry) for entry in page],
+        "can_archive": archives.are_possible(),
         "left_out": listing.left_out,
         "can_search": bool(query) or _are_many(),
     }

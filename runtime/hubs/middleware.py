@@ -68,7 +68,8 @@ class BodiesBounded:
     Staff may send files of any size. Everybody else may send settings.BODY_LIMIT bytes, or what the
     page itself says: the attribute body_limit of its view, a function of the request.
 
-    Sets most_files, the number of files that may be in the body. Where it is not set, none is read:
+    Sets most_files, the number of files that may be in the body: one, or the attribute most_files
+    of the view. Where it is not set, none is read:
     Django reads forms for its error pages, too.
 
     Stands after the authentication and before whatever reads forms (the CSRF check does).
@@ -88,7 +89,7 @@ class BodiesBounded:
             request.most_files = math.inf
         elif size <= settings.BODY_LIMIT or (hasattr(view, "body_limit")
                                              and size <= view.body_limit(request)):
-            request.most_files = 1
+            request.most_files = getattr(view, "most_files", 1)
         else:
             return _refused(request)
         return None

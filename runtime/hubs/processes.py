@@ -1,9 +1,12 @@
 """The networks that an operator serves on this machine, as the process list tells them.
 
 The server of a network is a process of the operator's own, "python3 manage.py runserver ...",
-however python and manage.py were named, whose working directory is the network's: it holds manage.py,
-and beside it the folder that has hubs; or it has been removed. Under plain Django a network has two
-such processes. Needs no Django.
+however python and manage.py were named, whose working directory is the network's: it holds
+manage.py, and beside it the folder that has hubs; or it has been removed. Under plain Django a
+network has two such processes. Needs no Django.
+
+As a program, "processes.py ADDRESS PORT" says in French who listens there; nothing if nobody can
+be seen.
 """
 
 import collections
@@ -12,6 +15,7 @@ import pwd
 import signal
 import socket
 import struct
+import sys
 import time
 from pathlib import Path
 
@@ -124,6 +128,11 @@ def holder(address, port):
     return None
 
 
+def described(found):
+    """The holder in French, behind "par"."""
+    return f"l'utilisateur « {found.user} » ({found.program or 'programme inconnu'})"
+
+
 def _ended(process, seconds):
     """Whether the process is gone within that time."""
     deadline = time.monotonic() + seconds
@@ -144,3 +153,9 @@ def end(directory):
                     pass
         if all([_ended(process, 5) for process in servers]):
             return
+
+
+if __name__ == "__main__":
+    listener = holder(sys.argv[1], int(sys.argv[2]))
+    if listener:
+        print(described(listener))

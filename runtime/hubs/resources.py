@@ -3,11 +3,12 @@
 import errno
 import os
 import re
+import secrets
 import stat
-import tempfile
 import time
 import unicodedata
-from contextlib import contextmanager
+from contextlib import contextmanager, suppress
+from itertools import count
 from typing import NamedTuple
 
 from django.conf import settings
@@ -42,6 +43,14 @@ def is_fit(name):
 def clean_name(name):
     """The name under which a sent file is kept; empty if nothing fit is left of it."""
     return _UNFIT_CHARACTERS.sub("", unicodedata.normalize("NFC", name)).strip().lstrip(". ")
+
+
+def numbered(name):
+    """Yields the name, then the same with a number before its extension, without end."""
+    yield name
+    stem, extension = os.path.splitext(name)
+    for number in count(2):
+        yield f"{stem} ({number}){extension}"
 
 
 def cause(error):
@@ -193,9 +202,13 @@ class Folder:
             raise FileNotFoundError(errno.ENOENT, name)
         return os.fdopen(descriptor, "rb")
 
-    def keep(self, name, chunks):
-        """Write a new file whole or not at all. Raises FileExistsError if the name is taken."""
-        descriptor, part = tempfile.mkstemp(prefix=".", dir=self._path)
+    @contextmanager
+    def _written(self, folder, chunks):
+        """The name of a hidden file in the open folder, which holds the chunks. What is left of it
+        afterwards is removed."""
+        part = f".{secrets.token_hex(8)}"
+        descriptor = os.open(part, os.O_WRONLY | os.O_CREAT | os.O_EXCL | os.O_CLOEXEC, 0o600,
+                             dir_fd=folder)
         try:
             with os.fdopen(descriptor, "wb") as file:
                 for chunk in chunks:
@@ -204,16 +217,41 @@ class Folder:
                 os.fchmod(descriptor, self._rights)
                 whole_since = time.time() - limits.COPYING_SECONDS
                 os.utime(descriptor, (whole_since, whole_since))
-            os.link(part, self._path / name)
+            yield part
         finally:
-            os.unlink(part)
+            with suppress(FileNotFoundError):
+                os.unlink(part, dir_fd=folder)
+
+    def keep(self, name, chunks):
+        """Write a new file whole or not at all. Raises FileExistsError if the name is taken."""
+        with self._opened("") as folder, self._written(folder, chunks) as part:
+            os.link(part, name, src_dir_fd=folder, dst_dir_fd=folder)
+
+    def replace(self, path, chunks):
+        """Write a file that takes the place of the one at the path, whole or not at all."""
+        with self._holding(path) as (folder, name), self._written(folder, chunks) as part:
+            self._check(folder, name)
+            os.rename(part, name, src_dir_fd=folder, dst_dir_fd=folder)
 
     def remove(self, path):
         """Remove the file for good. Raises OSError if there is none of that name."""
         with self._holding(path) as (folder, name):
-            if not stat.S_ISREG(os.stat(name, dir_fd=folder, follow_symlinks=False).st_mode):
-                raise FileNotFoundError(errno.ENOENT, name)
+            self._check(folder, name)
             os.unlink(name, dir_fd=folder)
+
+    @staticmethod
+    def _check(folder, name):
+        if not stat.S_ISREG(os.stat(name, dir_fd=folder, follow_symlinks=False).st_mode):
+            raise FileNotFoundError(errno.ENOENT, name)
+
+    def has_file(self, path):
+        """Whether there is a file of that name to be given."""
+        status = self.status(path)
+        return bool(status) and stat.S_ISREG(status.st_mode)
+
+    def location(self, path):
+        """Where the file at the path is on the disk."""
+        return self._path / path
 
 
 OFFERED = Folder(settings.RESOURCES_DIR, 0o644)

@@ -13,9 +13,9 @@ from . import limits
 class NamelessFileHandler(FileUploadHandler):
     """Writes what is sent into a nameless file on the project's disk.
 
-    Nothing of it is held in memory, or left behind by a server that is ended. Nothing more is read
-    after the files that the request may bring, its most_files; or when the disk's last SPARE_BYTES
-    would be touched, and then the request has disk_is_full set.
+    Nothing of it is held in memory, or left behind by a server that is ended. Reading stops after
+    the files that the request may bring, its most_files, and then the request has too_many_files
+    set; and when the disk's last SPARE_BYTES would be touched, and then it has disk_is_full set.
     """
 
     def __init__(self, request=None):
@@ -26,6 +26,7 @@ class NamelessFileHandler(FileUploadHandler):
         super().new_file(*args, **kwargs)
         self._number += 1
         if self._number > getattr(self.request, "most_files", 0):
+            self.request.too_many_files = True
             raise StopUpload(connection_reset=True)
         file = tempfile.TemporaryFile(dir=settings.PACKAGE_DIR)
         self.file = UploadedFile(file, self.file_name, self.content_type)

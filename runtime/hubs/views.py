@@ -3,6 +3,7 @@
 import os
 import stat
 from datetime import datetime, timezone
+from urllib.parse import urlencode
 
 from django.conf import settings
 from django.contrib import messages
@@ -12,7 +13,7 @@ from django.shortcuts import redirect, render
 from django.urls import reverse
 from django.views.decorators.http import require_http_methods, require_safe
 
-from . import addresses, handed_in, limits, lists, names, resources, shown
+from . import addresses, archives, handed_in, limits, lists, names, resources, shown
 from .kept_pages import same_for_visitors
 from .transfers import send_file
 
@@ -106,36 +107,85 @@ def download(request, path):
     return _given(request, file, os.path.basename(path))
 
 
+def _named(files):
+    shown = [file if len(file) <= 60 else f"{file[:59]}…" for file in files[:3]]
+    more = len(files) - len(shown)
+    return (", ".join(f"«\xa0{file}\xa0»" for file in shown)
+            + (f" et {more} autre{'s' if more > 1 else ''}" if more > 0 else ""))
+
+
+def _tell(request, level, files, one, several):
+    """Tell what became of the files: their names, and what is said of one, or of several."""
+    if files:
+        messages.add_message(request, level, f"{_named(files)} {several if files[1:] else one}")
+
+
+def _sent(request, field):
+    """The files that came in the field of a form. Tells why there are none, or not all."""
+    if getattr(request, "disk_is_full", False):
+        messages.error(request, _DISK_IS_FULL)
+        return []
+    files = request.FILES.getlist(field)
+    if getattr(request, "too_many_files", False):
+        messages.error(request, f"Pas plus de {len(files)} fichiers à la fois\xa0: les autres n'ont "
+                                "pas été pris.")
+    elif not files:
+        messages.error(request, "Aucun fichier n'a été choisi.")
+    return files
+
+
+def _archive(name, files):
+    if not archives.are_possible():
+        raise Http404
+    return archives.answer(name, files)
+
+
+def _in_archive(path):
+    outer = len(path) - len(os.path.basename(path))
+    for entry in resources.OFFERED.walk(path):
+        status = None if entry.is_folder else resources.OFFERED.status(entry.path)
+        if status and not resources.is_being_copied(status):
+            yield resources.OFFERED.location(entry.path), entry.path[outer:]
+
+
+@require_safe
+def folder_archive(_request, path):
+    """An offered folder with all that is in it, as one zip."""
+    try:
+        resources.OFFERED.listing(path)
+    except OSError as error:
+        raise Http404 from error
+    return _archive(f"{os.path.basename(path)}.zip", _in_archive(path))
+
+
 @require_http_methods(["GET", "HEAD", "POST"])
 @staff_member_required
 def upload(request):
     """Take new files into the folder of offered files; those that are there stay as they are."""
     if request.method != "POST":  # a log-in that had run out leads here
         return redirect("index")
-    sent = request.FILES.getlist("fichiers")
-    if getattr(request, "disk_is_full", False):
-        messages.error(request, _DISK_IS_FULL)
-    elif not sent:
-        messages.error(request, "Aucun fichier n'a été choisi.")
-    for file in sent:
-        _offer(request, file)
+    kept, there, unfit, failed = [], [], [], {}
+    for file in _sent(request, "fichiers"):
+        name = resources.clean_name(file.name)
+        try:
+            if not name:
+                unfit.append(file.name)
+                continue
+            resources.OFFERED.keep(name, file.chunks())
+            kept.append(name)
+        except FileExistsError:
+            there.append(name)
+        except OSError as error:
+            failed.setdefault(resources.cause(error), []).append(name)
+    _tell(request, messages.SUCCESS, kept, "est maintenant proposé.", "sont maintenant proposés.")
+    _tell(request, messages.ERROR, there, "existe déjà\xa0: il n'a pas été remplacé.",
+          "existent déjà\xa0: ils n'ont pas été remplacés.")
+    _tell(request, messages.ERROR, unfit, "n'est pas un nom qui convient.",
+          "ne sont pas des noms qui conviennent.")
+    for cause, lost in failed.items():
+        _tell(request, messages.ERROR, lost, f"n'a pas pu être enregistré\xa0: {cause}.",
+              f"n'ont pas pu être enregistrés\xa0: {cause}.")
     return redirect("index")
-
-
-def _offer(request, file):
-    name = resources.clean_name(file.name)
-    if not name:
-        messages.error(request, f"Le nom «\xa0{file.name}\xa0» ne convient pas.")
-        return
-    try:
-        resources.OFFERED.keep(name, file.chunks())
-        messages.success(request, f"«\xa0{name}\xa0» est maintenant proposé.")
-    except FileExistsError:
-        messages.error(request, f"Un fichier «\xa0{name}\xa0» existe déjà\xa0: il n'a pas été "
-                                "remplacé.")
-    except OSError as error:
-        messages.error(request, f"«\xa0{name}\xa0» n'a pas pu être enregistré\xa0: "
-                                f"{resources.cause(error)}.")
 
 
 def _list_address(page, path):
@@ -148,19 +198,42 @@ def _list_address(page, path):
 @staff_member_required
 def remove(request, name, folder, back):
     """Remove a file of the folder, once it has been asked whether that is meant."""
-    status = folder.status(name)
-    if not status or not stat.S_ISREG(status.st_mode):
+    if not folder.has_file(name):
         raise Http404
+    file, list_address = os.path.basename(name), _list_address(back, name)
     if request.method != "POST":
-        return render(request, "remove.html", {
-            "name": os.path.basename(name), "back": _list_address(back, name)})
+        return render(request, "remove.html", {"name": file, "back": list_address})
     try:
         folder.remove(name)
-        messages.success(request, f"«\xa0{os.path.basename(name)}\xa0» a été supprimé.")
+        messages.success(request, f"«\xa0{file}\xa0» a été supprimé.")
     except OSError as error:
-        messages.error(request, f"«\xa0{os.path.basename(name)}\xa0» n'a pas pu être supprimé\xa0: "
+        messages.error(request, f"«\xa0{file}\xa0» n'a pas pu être supprimé\xa0: "
                                 f"{resources.cause(error)}.")
-    return redirect(_list_address(back, name))
+    return redirect(list_address)
+
+
+@require_http_methods(["GET", "HEAD", "POST"])
+@staff_member_required
+def replace(request, path):
+    """Put a new file in the place of an offered one, whole or not at all."""
+    if not resources.OFFERED.has_file(path):
+        raise Http404
+    name, extension = os.path.basename(path), os.path.splitext(path)[1]
+    if request.method != "POST":
+        return render(request, "replace.html", {
+            "name": name, "extension": extension, "back": _list_address("index", path)})
+    for file in _sent(request, "fichier")[:1]:
+        if os.path.splitext(file.name)[1].lower() != extension.lower():
+            messages.error(request, f"«\xa0{name}\xa0» n'a pas été remplacé\xa0: le nouveau fichier "
+                                    f"doit avoir un nom en «\xa0{extension}\xa0».")
+            break
+        try:
+            resources.OFFERED.replace(path, file.chunks())
+            messages.success(request, f"«\xa0{name}\xa0» a été remplacé.")
+        except OSError as error:
+            messages.error(request, f"«\xa0{name}\xa0» n'a pas été remplacé\xa0: "
+                                    f"{resources.cause(error)}.")
+    return redirect(_list_address("index", path))
 
 
 @require_http_methods(["GET", "HEAD", "POST"])
@@ -169,10 +242,11 @@ def hand_in(request):
     if not handed_in.is_open():
         return render(request, "hand_in_closed.html", status=403)
     if request.method == "POST":
-        _receive(request)
-        return redirect("hand_in")
+        return _receive(request)
     return render(request, "hand_in.html", {
-        "most_bytes": limits.HANDED_IN_FILE_BYTES, "sender_length": handed_in.SENDER_LENGTH,
+        "most_bytes": limits.HANDED_IN_FILE_BYTES, "most_files": limits.HANDED_IN_AT_ONCE,
+        "sender_length": handed_in.SENDER_LENGTH,
+        "sender": request.GET.get("nom", "")[:handed_in.SENDER_LENGTH],
     })
 
 
@@ -181,23 +255,27 @@ def _hand_in_limit(_request):
 
 
 hand_in.body_limit = _hand_in_limit
+hand_in.most_files = limits.HANDED_IN_AT_ONCE
 
 
 def _receive(request):
-    file = request.FILES.get("fichier")
-    if getattr(request, "disk_is_full", False):
-        messages.error(request, _DISK_IS_FULL)
-        return
-    if not file:
-        messages.error(request, "Aucun fichier n'a été choisi.")
-        return
-    try:
-        name = handed_in.receive(file, request.POST.get("nom", ""))
-        messages.success(request, f"«\xa0{name}\xa0» a bien été remis. Merci\xa0!")
-    except handed_in.Refused as reason:
-        messages.error(request, f"Ce fichier n'a pas été remis\xa0: {reason}.")
-    except OSError as error:
-        messages.error(request, f"Ce fichier n'a pas été remis\xa0: {resources.cause(error)}.")
+    sender = request.POST.get("nom", "")
+    kept, refused = [], {}
+    for file in _sent(request, "fichier"):
+        try:
+            kept.append(handed_in.receive(file, sender))
+        except handed_in.Refused as reason:
+            refused.setdefault(str(reason), []).append(file.name)
+        except OSError as error:
+            refused.setdefault(resources.cause(error), []).append(file.name)
+    _tell(request, messages.SUCCESS, kept, "a bien été remis. Merci\xa0!",
+          "ont bien été remis. Merci\xa0!")
+    for reason, files in refused.items():
+        _tell(request, messages.ERROR, files, f"n'a pas été remis\xa0: {reason}.",
+              f"n'ont pas été remis\xa0: {reason}.")
+    # The name stays in the form for the next files.
+    again = f"?{urlencode({'nom': sender[:handed_in.SENDER_LENGTH]})}" if sender else ""
+    return redirect(reverse("hand_in") + again)
 
 
 @require_http_methods(["GET", "HEAD", "POST"])
@@ -216,15 +294,39 @@ def open_hand_in(request):
 @staff_member_required
 def list_handed_in(request):
     """What visitors have handed in, the latest first."""
-    files = [(name, status) for name in handed_in.FOLDER.names()
-             if (status := handed_in.FOLDER.status(name))]
-    files.sort(key=lambda file: file[1].st_mtime, reverse=True)
     return render(request, "handed_in.html", {
         "hand_in_is_open": handed_in.is_open(),
+        "can_archive": archives.are_possible(),
         "files": [(name, *handed_in.parts(name), status.st_size,
                    datetime.fromtimestamp(status.st_mtime, timezone.utc))
-                  for name, status in files],
+                  for name, status in handed_in.files()],
     })
+
+
+@require_safe
+@staff_member_required
+def handed_in_archive(_request):
+    """All that has been handed in, as one zip."""
+    return _archive("Fichiers remis.zip", handed_in.in_archive())
+
+
+@require_http_methods(["GET", "HEAD", "POST"])
+@staff_member_required
+def remove_all_handed_in(request):
+    """Remove all that has been handed in, but for what came after the question."""
+    if request.method != "POST":
+        files = handed_in.files()
+        return render(request, "remove_all.html", {
+            "files": len(files), "until": files[0][1].st_ctime_ns if files else 0})
+    try:
+        until = request.POST.get("jusqu_a", "")
+        number = handed_in.remove_until(int(until) if until.isdecimal() else 0)
+        messages.success(request, f"{number} fichier{'s' if number > 1 else ''} supprimé"
+                                  f"{'s' if number > 1 else ''}.")
+    except OSError as error:
+        messages.error(request, "Tout n'a pas pu être supprimé\xa0: "
+                                f"{resources.cause(error)}.")
+    return redirect("handed_in")
 
 
 @require_safe

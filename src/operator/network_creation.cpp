@@ -11,6 +11,8 @@
 
 #include "hub_utilities.h"
 #include "network_names.h"
+#include "network_template.h"
+#include "registry_file.h"
 #include "registry_writer.h"
 
 namespace {
@@ -33,12 +35,27 @@ QString missing_template_part(const QDir& directory) {
 QString part_not_copied(const QString& directory) {
     for (const char* part : template_parts) {
         QString name = QString::fromLatin1(part);
-        const QStringList trees = {QStringLiteral("-rq"), name, directory + name};
+        const QStringList trees = {QStringLiteral("-rq"), template_directory() + name,
+                                   directory + name};
         if (QProcess::execute(QStringLiteral("diff"), trees) != 0) {
             return name;
         }
     }
     return {};
+}
+
+/// Clears the directory where a network is made, and links the template's parts there. Returns
+/// whether all are there.
+bool prepare_workshop(QDir& workshop) {
+    // On a disk that is full, links that are left do no harm.
+    workshop.removeRecursively();
+    bool whole = QDir().mkdir(workshop.path());
+    for (const char* part : template_parts) {
+        const QString name = QString::fromLatin1(part);
+        const QString target = QDir::current().absoluteFilePath(template_directory() + name);
+        whole = whole && QFile::link(target, workshop.filePath(name));
+    }
+    return whole;
 }
 
 /// Says on standard error why the network was not created.
@@ -47,21 +64,54 @@ CreationStatus fail(const QString& name, const QString& reason) {
     return not_created;
 }
 
+/// Lays the contents of a copy over a project. Returns whether all of them are there.
+bool lay_over(const QString& contents, const QDir& project) {
+    const QDir package(project.filePath(project.dirName()));
+    const QDir copied(contents + QStringLiteral("/paquet"));
+    for (const QString& folder : {QStringLiteral("ressources"), QStringLiteral("depots")}) {
+        QDir(package.filePath(folder)).removeRecursively();
+        if (copied.exists(folder) &&
+            !QDir().rename(copied.filePath(folder), package.filePath(folder))) {
+            return false;
+        }
+    }
+    const auto copy = [](const QString& from, const QString& to) {
+        return QProcess::execute(QStringLiteral("cp"),
+                                 {QStringLiteral("-rT"),
+                                  QStringLiteral("--preserve=mode,timestamps"), from, to}) == 0;
+    };
+    return copy(contents + QStringLiteral("/projet"), project.path()) &&
+           copy(copied.path(), package.path());
+}
+
+bool write_name(const QString& name, const QDir& project) {
+    QFile file(project.filePath(QStringLiteral("nom.txt")));
+    const QByteArray line = name.toUtf8() + '\n';
+    return file.open(QIODevice::WriteOnly) && file.write(line) == line.size() && file.flush();
+}
+
 /// Makes the project with its display name. Returns why that failed, or an empty text.
-QString make_project(const QString& name, const QDir& project) {
-    const QString directory = project.dirName();
-    create_new_network(directory.toStdString(), directory.toStdString());
+QString make_project(const NewNetwork& wanted, const QString& name, QDir& workshop,
+                     const QDir& project) {
+    if (!prepare_workshop(workshop)) {
+        return QStringLiteral("rien ne peut être écrit dans ce répertoire.");
+    }
+    const QString work = QDir::currentPath();
+    const std::string directory = project.dirName().toStdString();
+    QDir::setCurrent(workshop.path());
+    create_new_network(directory, directory);
+    QDir::setCurrent(work);
     if (!project.exists(QStringLiteral("manage.py"))) {
         return QStringLiteral("le projet Django n'a pas pu être créé.");
     }
-    const QString missing = part_not_copied(project.filePath(directory) + QLatin1Char('/'));
+    const QString missing = part_not_copied(project.filePath(project.dirName()) + QLatin1Char('/'));
     if (!missing.isEmpty()) {
         return QStringLiteral("« %1 » n'a pas pu être copié du modèle.").arg(missing);
     }
-    QFile name_file(project.filePath(QStringLiteral("nom.txt")));
-    const QByteArray line = name.toUtf8() + '\n';
-    if (!name_file.open(QIODevice::WriteOnly) || name_file.write(line) != line.size() ||
-        !name_file.flush()) {
+    if (!wanted.contents.isEmpty() && !lay_over(wanted.contents, project)) {
+        return QStringLiteral("ses fichiers n'ont pas pu être repris de la copie.");
+    }
+    if (!write_name(name, project)) {
         return QStringLiteral("son nom n'a pas pu être écrit dans nom.txt.");
     }
     return {};
@@ -81,8 +131,9 @@ int manage(const QDir& project, const QStringList& arguments, const QByteArray& 
 }
 
 /// Makes everything but the line in the registry.
-CreationStatus make_network(const NewNetwork& wanted, const QString& name, const QDir& project) {
-    const QString reason = make_project(name, project);
+CreationStatus make_network(const NewNetwork& wanted, const QString& name, QDir& workshop,
+                            const QDir& project) {
+    const QString reason = make_project(wanted, name, workshop, project);
     if (!reason.isEmpty()) {
         return fail(name, reason);
     }
@@ -104,18 +155,50 @@ CreationStatus make_network(const NewNetwork& wanted, const QString& name, const
                        : fail(name, QStringLiteral("son administrateur n'a pas pu être créé."));
 }
 
+/// Gives a network that was made its place and its line in the registry. Returns whether it has
+/// both; otherwise it has none of them, and the reason is said.
+bool place_and_record(const QString& name, const QString& made, QDir& project) {
+    if (!QDir().rename(made, project.path())) {
+        fail(name, QStringLiteral("il n'a pas pu être mis à sa place."));
+        return false;
+    }
+    // A power cut must not leave a recorded network with empty files.
+    QProcess::execute(QStringLiteral("sync"), {QStringLiteral("-f"), project.path()});
+    std::string recorded = registry_name(name);
+    if (recorded.empty()) {
+        recorded = project.dirName().toStdString();
+    }
+    const QByteArray directory = QFile::encodeName(project.absolutePath());
+    if (record_hub_network(recorded, directory.toStdString()) == 0) {
+        return true;
+    }
+    project.removeRecursively();
+    return false;
+}
+
+/// The directory of a network. That of a copy may be taken by the network that was copied.
+QString wanted_directory(const NewNetwork& wanted, const QString& name,
+                         const QSet<QString>& taken) {
+    const QString directory = directory_name(name, taken);
+    QString candidate = directory;
+    for (int number = 2; !wanted.contents.isEmpty() && QFileInfo::exists(candidate); ++number) {
+        candidate = QStringLiteral("%1_%2").arg(directory).arg(number);
+    }
+    return candidate;
+}
+
 }  // namespace
 
 QString creation_refusal(const QString& name, const QString& directory) {
     if (name.isEmpty()) {
         return QStringLiteral("donnez-lui un nom.");
     }
-    const QFileInfo registry(QStringLiteral("networks.data"));
+    const QFileInfo registry(QString::fromLatin1(registry_file));
     if (registry.exists() && !(registry.isFile() && registry.isReadable())) {
         return QStringLiteral(
             "il n'a pas pu être enregistré : networks.data n'est pas un fichier lisible.");
     }
-    const QString missing = missing_template_part(QDir::current());
+    const QString missing = missing_template_part(QDir(template_directory()));
     if (!missing.isEmpty()) {
         return QStringLiteral("« %1 », une partie du modèle, manque ici ou n'est pas lisible.")
             .arg(missing);
@@ -148,25 +231,20 @@ CreationStatus create_and_record_network(const NewNetwork& wanted) {
     if (!turn.lock()) {
         return fail(name, QStringLiteral("rien ne peut être écrit dans ce répertoire."));
     }
-    QDir project(QDir::current().filePath(directory_name(name, taken)));
+    QDir project(QDir::current().filePath(wanted_directory(wanted, name, taken)));
     const QString reason = creation_refusal(name, project.dirName());
     if (!reason.isEmpty()) {
         return fail(name, reason);
     }
 
-    CreationStatus status = make_network(wanted, name, project);
-    if (status == created_whole) {
-        std::string recorded = registry_name(name);
-        if (recorded.empty()) {
-            recorded = project.dirName().toStdString();
-        }
-        const QByteArray directory = QFile::encodeName(project.absolutePath());
-        if (record_hub_network(recorded, directory.toStdString()) != 0) {
-            status = not_created;
-        }
+    QDir workshop(QDir::current().filePath(QStringLiteral(".creation")));
+    const QDir made(workshop.filePath(project.dirName()));
+    CreationStatus status = make_network(wanted, name, workshop, made);
+    if (status == created_whole && !place_and_record(name, made.path(), project)) {
+        status = not_created;
     }
+    workshop.removeRecursively();
     if (status != created_whole) {
-        project.removeRecursively();
         return status;
     }
     std::cout << "Le réseau « " << name.toStdString() << " » est créé dans le répertoire "

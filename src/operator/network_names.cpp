@@ -4,6 +4,7 @@
 #include <QRegularExpression>
 #include <QStringList>
 
+#include "network_template.h"
 #include "screen_pieces.h"
 
 namespace {
@@ -59,7 +60,8 @@ QString directory_name(const QString& display_name, const QSet<QString>& taken) 
 }
 
 std::string registry_name(const QString& display_name) {
-    QByteArray name = output_of_python({QStringLiteral("hubs/names.py"), display_name});
+    QByteArray name =
+        output_of_python({template_directory() + QStringLiteral("hubs/names.py"), display_name});
     name.replace('|', ' ');
     return name.simplified().replace('&', "&&").toStdString();
 }

@@ -2,37 +2,45 @@
 
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
+#include <QRegularExpression>
 #include <fstream>
-#include <memory>
 
-#include "hub_utilities.h"
-#include "network.h"
 #include "network_names.h"
+#include "qt_compat.h"
+#include "registry_file.h"
 
 namespace {
 
-QString display_name(const Network& network) {
-    QFile file(QDir(QFile::decodeName(network.path.c_str())).filePath(QStringLiteral("nom.txt")));
-    if (file.open(QIODevice::ReadOnly)) {
-        QString name = QString::fromUtf8(file.readLine(1000)).simplified();
-        if (!name.isEmpty()) {
-            return name;
-        }
+/// The first line of "nom.txt" that is not blank, or an empty text. The network's own program reads
+/// the file in the same way.
+QString name_in_file(const QDir& project) {
+    const QString path = project.filePath(QStringLiteral("nom.txt"));
+    QFile file(path);
+    if (!QFileInfo(path).isFile() || !file.open(QIODevice::ReadOnly)) {  // a FIFO would wait
+        return {};
     }
-    return shown_name(network.name);
+    const int longest = 100;
+    const QString text = text_of_file(file.read(10 * longest)).trimmed();
+    static const QRegularExpression line_end(QStringLiteral(R"([\n\r])"));
+    return text.section(line_end, 0, 0).simplified().left(longest).trimmed();
+}
+
+QString display_name(const Network& network) {
+    QString name = name_in_file(QDir(QFile::decodeName(network.path.c_str())));
+    return name.isEmpty() ? shown_name(network.name) : name;
 }
 
 }  // namespace
 
 std::vector<RegisteredNetwork> registered_networks() {
-    std::ifstream registry("networks.data");
+    std::ifstream registry(registry_file);
     std::vector<RegisteredNetwork> networks;
-    for (std::string line; std::getline(registry, line);) {
-        const std::unique_ptr<const Network> network(split_hub_networks_file(line));
+    read_registry_lines(registry, [&](const std::string&, const std::unique_ptr<Network>& network) {
         if (network) {
             networks.push_back({display_name(*network), network->path});
         }
-    }
+    });
     return networks;
 }
 

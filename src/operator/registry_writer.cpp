@@ -1,38 +1,64 @@
 #include "registry_writer.h"
 
+#include <fcntl.h>
+#include <sys/file.h>
+#include <unistd.h>
+
 #include <QByteArray>
 #include <QFile>
-#include <QLockFile>
 #include <QSaveFile>
+#include <cerrno>
 #include <fstream>
 #include <iostream>
 #include <memory>
 #include <sstream>
 
-#include "hub_utilities.h"
-#include "network.h"
+#include "registry_file.h"
 
 namespace {
 
-const QString registry_name = QStringLiteral("networks.data");
+/// Keeps other programs from changing the registry. The file stays, for one that were removed could
+/// be locked by two: each in a file of its own.
+class RegistryLock {
+public:
+    RegistryLock()
+        : descriptor(open(".networks.lock", O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC, 0600)) {}
+    RegistryLock(const RegistryLock&) = delete;
+    RegistryLock& operator=(const RegistryLock&) = delete;
+    ~RegistryLock() {
+        if (descriptor >= 0) {
+            close(descriptor);
+        }
+    }
+
+    /// Waits for its turn. Returns whether it has it, until the end of this object.
+    bool take() const {
+        int status = -1;
+        do {
+            status = flock(descriptor, LOCK_EX);
+        } while (status != 0 && errno == EINTR);
+        return status == 0;
+    }
+
+private:
+    int descriptor;
+};
 
 bool is_registry_field(const std::string& text) {
     return !text.empty() && text.find_first_of("|\n") == std::string::npos;
 }
 
 bool has_network(std::istream& registry, const std::string& name) {
-    for (std::string line; std::getline(registry, line);) {
-        const std::unique_ptr<const Network> network(split_hub_networks_file(line));
-        if (network && network->name == name) {
-            return true;
-        }
-    }
-    return false;
+    bool found = false;
+    read_registry_lines(registry, [&](const std::string&, const std::unique_ptr<Network>& network) {
+        found = found || (network && network->name == name);
+    });
+    return found;
 }
 
 /// Reads the whole registry, nothing when there is none. Returns false when it cannot be read.
 bool read_registry(QByteArray& contents) {
-    QFile registry(registry_name);
+    QFile registry(QString::fromLatin1(registry_file));
     if (!registry.exists()) {
         return true;
     }
@@ -48,9 +74,17 @@ bool read_registry(QByteArray& contents) {
 bool replace_registry(const QByteArray& contents) {
     // Written beside the registry, then renamed over it. The commit alone would not report a disk
     // that is full by the last bytes: the flush does.
-    QSaveFile replacement(registry_name);
-    return replacement.open(QIODevice::WriteOnly) && replacement.write(contents) >= 0 &&
-           replacement.flush() && replacement.commit();
+    QSaveFile replacement(QString::fromLatin1(registry_file));
+    const bool replaced = replacement.open(QIODevice::WriteOnly) &&
+                          replacement.write(contents) >= 0 && replacement.flush() &&
+                          replacement.commit();
+    if (replaced) {
+        // The disk is to have the new name, too. A file system that cannot do that is no failure.
+        const int directory = open(".", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+        fsync(directory);
+        close(directory);
+    }
+    return replaced;
 }
 
 int refuse(const char* reason) {
@@ -61,7 +95,7 @@ int refuse(const char* reason) {
 }  // namespace
 
 bool is_recorded(const std::string& name) {
-    std::ifstream registry("networks.data");
+    std::ifstream registry(registry_file);
     return has_network(registry, name);
 }
 
@@ -72,9 +106,9 @@ int record_hub_network(std::string name, std::string directory) {
             "être enregistré.");
     }
     const char* const unchanged = "le réseau n'a pas pu être enregistré, le fichier est inchangé.";
-    QLockFile lock(registry_name + QStringLiteral(".lock"));
+    const RegistryLock lock;
     QByteArray contents;
-    if (!lock.lock() || !read_registry(contents)) {
+    if (!lock.take() || !read_registry(contents)) {
         return refuse(unchanged);
     }
     // Whoever asked before the lock may have been overtaken.

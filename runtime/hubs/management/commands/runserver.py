@@ -93,8 +93,7 @@ class Command(runserver.Command):
             time.sleep(0.1)  # it has just gone, or cannot be seen: the deadline decides
             return
         if not holder.network:
-            self.give_up(f"le port {self.port} est pris par l'utilisateur « {holder.user} »"
-                         f" ({holder.program or 'programme inconnu'}).")
+            self.give_up(f"le port {self.port} est pris par {processes.described(holder)}.")
         if holder.network == settings.BASE_DIR:
             self.say("Ce réseau était déjà servi : il redémarre.")
         else:

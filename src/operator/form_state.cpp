@@ -1,4 +1,4 @@
-#include "field_errors.h"
+#include "form_state.h"
 
 #include <QGridLayout>
 #include <QLabel>
@@ -68,6 +68,21 @@ void refuse_field(QWidget& field, const QString& reason) {
     label->setText(reason.section(QLatin1Char('\n'), 0, 0));
     label->setToolTip(reason);
     field.setAccessibleDescription(reason);
+    if (auto* line = qobject_cast<QLineEdit*>(&field)) {
+        line->selectAll();
+    }
+}
+
+bool check_password(QLineEdit& password, QLineEdit& confirmation) {
+    if (password.text().isEmpty()) {
+        refuse_field(password, QStringLiteral("Donnez un mot de passe."));
+        return false;
+    }
+    if (password.text() != confirmation.text()) {
+        refuse_field(confirmation, QStringLiteral("Les deux mots de passe ne sont pas les mêmes."));
+        return false;
+    }
+    return true;
 }
 
 void accept_fields(const QWidget& form) {
@@ -77,5 +92,14 @@ void accept_fields(const QWidget& form) {
             reason->clear();
             grid->itemAtPosition(row, field_column)->widget()->setAccessibleDescription({});
         }
+    }
+}
+
+void set_form_busy(QWidget& form, bool busy) {
+    form.setEnabled(!busy);
+    if (busy) {
+        form.window()->setCursor(Qt::BusyCursor);
+    } else {
+        form.window()->unsetCursor();
     }
 }

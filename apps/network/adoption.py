@@ -1,0 +1,71 @@
+"""Puts the registry right where it no longer fits what stands in the working directory.
+
+A working directory that was moved, or copied to another machine, lists paths that are gone; a
+program that was killed may have left a whole network that is not listed, or a name that was changed
+in nom.txt alone.
+"""
+
+import os
+import re
+from pathlib import Path
+
+import registry
+
+# A network's directory reaches the shell of its terminal as it stands.
+_PLAIN_PATH = re.compile(r"[\w/.,:@%+=-]+")
+
+
+def _standing():
+    """The networks in the working directory, whether they are listed or not."""
+    work = Path.cwd()
+    if not _PLAIN_PATH.fullmatch(str(work)):
+        return []
+    return [work / entry.name for entry in sorted(os.scandir(), key=lambda entry: entry.name)
+            if entry.name[0] != "." and _PLAIN_PATH.fullmatch(entry.name)
+            and entry.is_dir(follow_symlinks=False) and registry.is_network(work / entry.name)]
+
+
+def _adopt_moved(lines, unlisted):
+    """Correct the paths that are gone where a network of that directory's name stands here."""
+    for network in registry.networks(lines):
+        here = Path.cwd() / network.directory.name
+        if here in unlisted and not registry.is_network(network.directory):
+            unlisted.remove(here)
+            lines[network.number] = registry.line(network.recorded, here)
+            yield f"Réseau « {network.name} » : retrouvé ici, la liste des réseaux est corrigée."
+
+
+def _adopt_unlisted(lines, unlisted):
+    """List the networks that are not, unless their names are taken."""
+    for here in unlisted:
+        name = registry.names.display_name(here)
+        recorded = registry.recorded_name(name, here)
+        if recorded not in (network.recorded for network in registry.networks(lines)):
+            lines.append(registry.line(recorded, here))
+            yield f"Réseau « {name} » : trouvé ici, il est ajouté à la liste des réseaux."
+
+
+def follow_names(lines):
+    """Have each line's name follow the network's nom.txt, unless another line has it."""
+    for network in registry.networks(lines):
+        wanted = registry.recorded_name(network.name, network.directory)
+        taken = {other.recorded for other in registry.networks(lines)}
+        if (wanted not in taken and (network.directory / "nom.txt").exists()
+                and registry.is_network(network.directory)):
+            lines[network.number] = registry.line(wanted, network.directory)
+
+
+def adopt():
+    """Put the registry right. Returns what to say, in French; an empty list from then on.
+
+    Raises OSError, with the registry as it was, if it cannot be written."""
+    with registry.locked():
+        before = registry.read()
+        lines = list(before)
+        listed = {os.path.realpath(network.directory) for network in registry.networks(lines)}
+        unlisted = [here for here in _standing() if os.path.realpath(here) not in listed]
+        said = [*_adopt_moved(lines, unlisted), *_adopt_unlisted(lines, unlisted)]
+        follow_names(lines)
+        if lines != before:
+            registry.write(lines)
+    return said

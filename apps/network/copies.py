@@ -1,0 +1,273 @@
+"""Copies of networks: one file with the accounts and the files of a network, made while it is
+served or not, from which it can be restored in any working directory.
+
+A copy is a ZIP archive, nothing in it compressed. It holds nom.txt, secret_key, db.sqlite3, the
+files below the folders ressources and depots, and those of the template's files that the operator
+changed or added. Neither hidden files nor links are in it.
+
+Whoever restores a copy may have it from anybody. So nothing in it is a program: the network gets
+the template's, and the operator's changes to programs (settings.py, urls.py, hubs) stay in the copy.
+"""
+
+import errno
+import fcntl
+import hashlib
+import os
+import re
+import shutil
+import sqlite3
+import stat
+import subprocess
+import time
+import zipfile
+from contextlib import closing, contextmanager
+from pathlib import Path
+
+import registry
+
+_FORMAT = b"Quorvale 1"
+_DATABASE = "db.sqlite3"
+_FILES = ("nom.txt", "secret_key", _DATABASE)
+_VISITORS_FOLDERS = ("ressources", "depots")
+_PAGES = ("templates", "static")
+_PROGRAMS = ("settings.py", "urls.py", "hubs")
+_MAX_FILES = 100_000
+_MAX_DEPTH = 10
+# What stays free on the disk
+_SPARE_BYTES = 100 * 2**20
+# As the pages show and take them: visible, and without what could mislead
+_FIT_NAME = re.compile(r"[^.\x00-\x1f\x7f-\x9f\u202a-\u202e\u2066-\u2069\ud800-\udfff/]"
+                       r"[^\x00-\x1f\x7f-\x9f\u202a-\u202e\u2066-\u2069\ud800-\udfff/]*")
+_KEY = re.compile(rb"[\x21-\x7e]{20,200}")
+_UNUSABLE = "ce n'est pas une copie de réseau, ou elle est abîmée"
+
+
+class Refused(Exception):
+    """Says in French why nothing was done."""
+
+
+def cause(error):
+    """What an OSError means, in French."""
+    causes = {
+        errno.ENOSPC: "il n'y a plus assez de place sur le disque",
+        errno.EDQUOT: "il n'y a plus assez de place sur le disque",
+        errno.EFBIG: "ce disque ne prend pas un fichier aussi gros",
+        errno.ENOENT: "le fichier ou son répertoire n'existe pas",
+        errno.EISDIR: "c'est un répertoire",
+        errno.ENOTDIR: "le fichier ou son répertoire n'existe pas",
+        errno.ENAMETOOLONG: "le nom est trop long",
+        errno.EACCES: "vous n'en avez pas le droit",
+        errno.EPERM: "vous n'en avez pas le droit",
+        errno.EROFS: "rien ne peut être écrit sur ce disque",
+    }
+    return causes.get(error.errno, f"erreur {error.errno} du système")
+
+
+@contextmanager
+def _claimed(path, flags, what):
+    """The descriptor of a file that no other program has claimed."""
+    descriptor = os.open(path, flags | os.O_NOFOLLOW, 0o600)
+    try:
+        fcntl.flock(descriptor, fcntl.LOCK_EX | fcntl.LOCK_NB)
+        yield descriptor
+    except BlockingIOError:
+        raise Refused(f"une autre {what} est en cours") from None
+    finally:
+        os.close(descriptor)
+
+
+def _accounts(path):
+    """The database as it is at one moment, whoever writes in it."""
+    try:
+        with closing(sqlite3.connect(f"{path.resolve().as_uri()}?mode=rw", uri=True)) as database, \
+                closing(sqlite3.connect(":memory:")) as copy:
+            database.backup(copy)
+            return copy.serialize()
+    except sqlite3.Error:
+        raise Refused("sa base de données n'a pas pu être lue") from None
+
+
+def _files(folder):
+    """The plain files below a folder that are visible and that programs did not make."""
+    for path, folders, files in os.walk(folder):
+        folders[:] = [name for name in folders
+                      if _FIT_NAME.fullmatch(name) and name != "__pycache__"]
+        for name in filter(_FIT_NAME.fullmatch, files):
+            if stat.S_ISREG(os.lstat(os.path.join(path, name)).st_mode):
+                yield Path(path, name)
+
+
+def _changed_files(project, package):
+    """The files of the network that neither came with it nor are the template's."""
+    try:
+        came = set((project / ".quorvale-files").read_text("utf-8", "replace").splitlines())
+    except OSError:
+        came = set()
+    for part in (*_PAGES, *_PROGRAMS):
+        paths = [package / part] if (package / part).is_file() else _files(package / part)
+        for path in paths:
+            name, content = path.relative_to(package), path.read_bytes()
+            release = registry.TEMPLATE / name
+            if (f"{hashlib.sha256(content).hexdigest()}  {name}" not in came
+                    and not (release.is_file() and release.read_bytes() == content)):
+                yield path
+
+
+def _add(archive, name, source):
+    """Put a file into the archive; one that has gone meanwhile is left out."""
+    try:
+        descriptor = os.open(source, os.O_RDONLY | os.O_NOFOLLOW | os.O_NONBLOCK)
+    except FileNotFoundError:
+        return
+    with open(descriptor, "rb") as file:
+        changed = time.localtime(max(os.fstat(descriptor).st_mtime, 315_619_200))  # no less: 1980
+        with archive.open(zipfile.ZipInfo(name, changed[:6]), "w", force_zip64=True) as member:
+            shutil.copyfileobj(file, member)
+
+
+def _fill(archive, network):
+    project = Path(os.path.realpath(network.directory))
+    package = project / project.name
+    archive.comment = _FORMAT
+    archive.writestr("nom.txt", f"{network.name}\n")
+    archive.writestr(_DATABASE, _accounts(project / _DATABASE))
+    _add(archive, "secret_key", project / "secret_key")
+    for folder in _VISITORS_FOLDERS:
+        for path in _files(package / folder):
+            _add(archive, str(path.relative_to(package)), path)
+    for path in _changed_files(project, package):
+        _add(archive, str(path.relative_to(package)), path)
+
+
+def _publish(source, target):
+    """Give a file its name; nothing that is there is replaced."""
+    subprocess.run(["mv", "--no-clobber", "--no-target-directory", "--", source, target],
+                   check=False, stderr=subprocess.DEVNULL)
+    if os.path.lexists(source):
+        raise Refused(f"« {target} » existe déjà" if os.path.lexists(target) else
+                      f"« {target} » n'a pas pu être écrit")
+    registry.sync(target.parent)
+
+
+def make(network, target):
+    """Copy a network into a new file, whole or not at all. Raises Refused and OSError."""
+    if os.path.lexists(target):
+        raise Refused(f"« {target} » existe déjà")
+    part = target.with_name(f".{target.name}.partiel")
+    with _claimed(part, os.O_RDWR | os.O_CREAT, "copie dans ce fichier") as descriptor:
+        try:
+            with open(descriptor, "w+b", closefd=False) as file:
+                file.truncate()
+                with zipfile.ZipFile(file, "w") as archive:
+                    _fill(archive, network)
+                file.flush()
+                os.fsync(descriptor)
+            _publish(part, target)
+        finally:
+            part.unlink(missing_ok=True)
+
+
+def _is_fit(info):
+    """Whether a copy may hold that file."""
+    first, *others = info.filename.split("/")
+    known = (first in _FILES + _PROGRAMS if not others else
+             first in _VISITORS_FOLDERS + _PAGES + _PROGRAMS)
+    kind = stat.S_IFMT(info.external_attr >> 16)
+    return (known and len(others) < _MAX_DEPTH and kind in (0, stat.S_IFREG)
+            and all(_FIT_NAME.fullmatch(name) and len(os.fsencode(name)) < 256 for name in others)
+            and info.compress_type == zipfile.ZIP_STORED and info.file_size == info.compress_size
+            and not info.flag_bits & 1)  # not encrypted
+
+
+def _checked(archive, size):
+    """The files of a copy of SIZE bytes. Raises Refused if it is none that "make" could make."""
+    files = archive.infolist()
+    held = {info.filename for info in files}
+    # Nothing is compressed: there cannot be more in it than its own size.
+    if (archive.comment != _FORMAT or not held.issuperset(("nom.txt", _DATABASE))
+            or len(held) != len(files) or len(files) > _MAX_FILES
+            or not all(map(_is_fit, files)) or sum(info.file_size for info in files) > size):
+        raise Refused(_UNUSABLE)
+    if size + _SPARE_BYTES > shutil.disk_usage(".").free:
+        raise Refused("il n'y a plus assez de place sur le disque")
+    return files
+
+
+def _check_accounts(path):
+    """Django makes tables and indices only: what else there is would act on its own."""
+    with closing(sqlite3.connect(f"{path.resolve().as_uri()}?mode=ro", uri=True)) as database:
+        database.execute("PRAGMA trusted_schema = OFF")
+        kinds = [row[0] for row in database.execute(
+            "SELECT type || CASE WHEN sql LIKE 'create virtual%' THEN ' virtual' ELSE '' END"
+            " FROM sqlite_master")]
+        found = database.execute("SELECT 1 FROM sqlite_master WHERE name = 'auth_user'").fetchone()
+        if (not found or not {"table", "index"}.issuperset(kinds)
+                or database.execute("PRAGMA quick_check").fetchall() != [("ok",)]):
+            raise Refused(_UNUSABLE)
+
+
+def _extract_file(archive, info, target):
+    target.parent.mkdir(parents=True, exist_ok=True)
+    for_all = info.filename.partition("/")[0] in (*_PAGES, "ressources", "nom.txt")
+    with archive.open(info) as member, open(target, "xb") as file:
+        shutil.copyfileobj(member, file)
+        os.fchmod(file.fileno(), 0o644 if for_all else 0o600)
+    changed = time.mktime((*info.date_time, 0, 0, -1))
+    os.utime(target, (changed, changed))
+
+
+def _extract(source, contents):
+    """Lay the files of a copy out below CONTENTS: in "projet" what goes into the project's
+    directory, in "paquet" what goes into its package. Returns the names of those left out."""
+    left_out = []
+    (contents / "paquet/ressources").mkdir(parents=True)
+    with open(source, "rb", opener=_without_waiting) as file, zipfile.ZipFile(file) as archive:
+        for info in _checked(archive, os.fstat(file.fileno()).st_size):
+            if info.filename == "nom.txt":
+                _extract_file(archive, info, contents / info.filename)
+            elif info.filename in _FILES:
+                _extract_file(archive, info, contents / "projet" / info.filename)
+            elif info.filename.split("/")[0] not in _PROGRAMS:
+                _extract_file(archive, info, contents / "paquet" / info.filename)
+            else:
+                left_out.append(info.filename)
+    key = contents / "projet/secret_key"
+    if key.exists() and not _KEY.fullmatch(key.read_bytes()):
+        raise Refused(_UNUSABLE)
+    _check_accounts(contents / "projet" / _DATABASE)
+    return left_out
+
+
+def _without_waiting(path, flags):
+    return os.open(path, flags | os.O_NONBLOCK)  # it could be a FIFO
+
+
+def _create(contents, new, descriptor):
+    """Have the network made with these contents by the program that makes all of them, which holds
+    on to the descriptor. Returns its display name."""
+    name = registry.names.display_name(contents)
+    done = subprocess.run([new, "--contents", contents, "--", name], stdin=subprocess.DEVNULL,
+                          capture_output=True, pass_fds=[descriptor], check=False)
+    if done.returncode != 0:
+        said = done.stderr.decode("utf-8", "replace").strip().splitlines()
+        raise Refused(said[-1].rstrip(".") if said else "le réseau n'a pas pu être créé")
+    return name
+
+
+def restore(source, new):
+    """Make the network of a copy, by the program NEW that creates networks, whole before it is
+    listed. Returns its display name and what of the copy was left out. Raises Refused and
+    OSError."""
+    contents = Path(".restauration")
+    contents.mkdir(mode=0o700, exist_ok=True)
+    with _claimed(contents, os.O_RDONLY, "restauration") as descriptor:
+        try:
+            for left in contents.iterdir():  # of a restoring that was killed
+                shutil.rmtree(left) if left.is_dir() else left.unlink()
+            left_out = _extract(source, contents)
+            return _create(contents, new, descriptor), left_out
+        except (zipfile.BadZipFile, sqlite3.Error, EOFError, FileExistsError, NotADirectoryError,
+                IsADirectoryError, NotImplementedError, OverflowError, ValueError):
+            raise Refused(_UNUSABLE) from None
+        finally:
+            shutil.rmtree(contents)

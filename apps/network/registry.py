@@ -1,0 +1,120 @@
+"""The registry, networks.data in the working directory, which is the current one.
+
+It has one network a line: name, bar, directory, bar. The name stands there in the bytes that a
+button of the home screen shows: ISO-8859-1, "&" doubled. Lines of any other form are kept as they
+are. Programs of this directory that change the registry take turns by the lock that the other
+programs know, too.
+"""
+
+import fcntl
+import os
+import shutil
+import sys
+from collections import namedtuple
+from contextlib import contextmanager
+from pathlib import Path
+
+_PREFIX = Path(__file__).resolve().parent.parent.parent
+# Where the programs are installed, and where they are built.
+TEMPLATE = next(path for path in (_PREFIX / "share/quorvale", _PREFIX / "runtime")
+                if path.is_dir())
+sys.dont_write_bytecode = True  # the template is copied as it stands
+sys.path.append(str(TEMPLATE / "hubs"))
+import names  # noqa: E402
+import processes  # noqa: E402
+
+_REGISTRY = Path("networks.data")
+_LOCK = ".networks.lock"
+
+# NUMBER is the index of the network's line, NAME its display name, RECORDED the registry's bytes
+# for it; DIRECTORY is the path as it is recorded.
+Network = namedtuple("Network", "number name recorded directory")
+
+
+@contextmanager
+def locked():
+    """Keeps other programs from changing the registry meanwhile."""
+    descriptor = os.open(_LOCK, os.O_RDWR | os.O_CREAT | os.O_NOFOLLOW, 0o600)
+    try:
+        fcntl.flock(descriptor, fcntl.LOCK_EX)
+        yield
+    finally:
+        os.close(descriptor)
+
+
+def read():
+    """The lines of the registry, in bytes, without their line feeds; none if there is no file."""
+    try:
+        content = _REGISTRY.read_bytes()
+    except FileNotFoundError:
+        content = b""
+    return content.removesuffix(b"\n").split(b"\n") if content else []
+
+
+def write(lines):
+    """Put these lines in the registry's place, whole or not at all. For who holds the lock."""
+    replace_file(Path(os.path.realpath(_REGISTRY)), b"".join(line + b"\n" for line in lines))
+
+
+def line(recorded, directory):
+    """The line of a network."""
+    return recorded + b"|" + os.fsencode(directory) + b"|"
+
+
+def networks(lines):
+    """The networks of the registry's lines."""
+    found = []
+    for number, fields in enumerate(text.split(b"|") for text in lines):
+        if len(fields) > 2 and b"\0" not in fields[1]:
+            directory = Path(os.fsdecode(fields[1]))
+            otherwise = fields[0].decode("latin-1").replace("&&", "&")
+            found.append(Network(number, names.display_name(directory, otherwise), fields[0],
+                                 directory))
+    return found
+
+
+def recorded_name(name, directory):
+    """The bytes that stand for a display name in the registry; the directory's if none is left."""
+    fit = b" ".join(names.latin_1(name).replace(b"|", b" ").split()).replace(b"&", b"&&")
+    return fit or os.fsencode(directory.name)
+
+
+def is_network(directory):
+    """Whether the directory holds a network of this user."""
+    project = Path(os.path.realpath(directory))
+    package = project / project.name
+    # Path's own methods raise for what may not be looked at.
+    return (os.path.isfile(project / "manage.py") and os.path.isfile(package / "settings.py")
+            and os.path.isdir(package / "hubs") and project.stat().st_uid == os.geteuid())
+
+
+def is_served(directory):
+    """Whether this user serves the network of that directory."""
+    project = Path(os.path.realpath(directory))
+    return any(served == project for _process, served in processes.networks())
+
+
+def sync(directory):
+    """Have the disk keep what was renamed in the directory."""
+    descriptor = os.open(directory, os.O_RDONLY)
+    try:
+        os.fsync(descriptor)
+    finally:
+        os.close(descriptor)
+
+
+def replace_file(path, content):
+    """Give a file new contents, whole or not at all. Two calls at a time must not be."""
+    part = path.with_name(f".{path.name}.partiel")
+    try:
+        with open(part, "wb") as file:
+            file.write(content)
+            file.flush()
+            os.fsync(file.fileno())
+        if path.exists():
+            shutil.copymode(path, part)
+        os.replace(part, path)
+    except OSError:
+        part.unlink(missing_ok=True)
+        raise
+    sync(path.parent)

@@ -1,0 +1,23 @@
+#pragma once
+
+class QLineEdit;
+class QString;
+class QWidget;
+
+/// The state of a form that `form_panel` built: what is wrong with its fields, which stands beside
+/// them, and whether what was typed is at work.
+
+/// Says why a field's contents were refused, a reason a line: the first one stands beside the
+/// field, all are its tool tip and its description to a screen reader. The first field refused gets
+/// the focus; a text that was refused is selected.
+void refuse_field(QWidget& field, const QString& reason);
+
+/// Refuses a password that is missing, or that its confirmation does not repeat. Returns whether
+/// there is one that can be sent.
+bool check_password(QLineEdit& password, QLineEdit& confirmation);
+
+/// Takes back everything that was said in a form.
+void accept_fields(const QWidget& form);
+
+/// While a form is busy, nothing can be typed in it, and its window's cursor says so.
+void set_form_busy(QWidget& form, bool busy);
