@@ -59,10 +59,9 @@ def _from_file(path):
     return clean(lines[0]) if lines else ""
 
 
-def display_name(project=PROJECT, otherwise=None):
-    """The network's name, never empty. OTHERWISE comes before the directory's name."""
-    return (_from_file(project / "nom.txt") or clean(otherwise or "")
-            or clean(project.name) or "Quorvale")
+def display_name(project=PROJECT):
+    """The network's name, never empty."""
+    return _from_file(project / "nom.txt") or clean(project.name) or "Quorvale"
 
 
 def _nearest(char):
@@ -78,10 +77,9 @@ def latin_1(text):
     return " ".join("".join(letters).split()).encode("latin-1", "ignore")
 
 
-def latin_1_name(project=PROJECT, otherwise=None):
+def latin_1_name(project=PROJECT):
     """The network's name in ISO-8859-1. If nothing of it is left, the directory's."""
-    return (latin_1(display_name(project, otherwise)) or latin_1(clean(project.name))
-            or b"Quorvale")
+    return latin_1(display_name(project)) or latin_1(clean(project.name)) or b"Quorvale"
 
 
 if __name__ == "__main__":

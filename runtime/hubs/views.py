@@ -17,15 +17,12 @@ from . import addresses, archives, handed_in, limits, lists, names, resources, s
 from .kept_pages import same_for_visitors
 from .transfers import send_file
 
-# Settings of older networks hold their name.
-_OLD_NAME = getattr(settings, "NETWORK_NAME", None)
-
 _DISK_IS_FULL = "Le disque du serveur est presque plein\xa0: rien n'a été enregistré."
 
 
 def network_name():
     """The network's name, as pages show it."""
-    return names.display_name(otherwise=_OLD_NAME)
+    return names.display_name()
 
 
 @require_safe
@@ -43,7 +40,7 @@ def index(request):
 @require_safe
 def display_name(_request):
     """The display name for the clients, which read it byte by byte as ISO-8859-1."""
-    return HttpResponse(names.latin_1_name(otherwise=_OLD_NAME),
+    return HttpResponse(names.latin_1_name(),
                         content_type="text/plain; charset=ISO-8859-1")
 
 
