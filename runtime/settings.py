@@ -128,13 +128,9 @@ USE_TZ = True
 
 LOGOUT_REDIRECT_URL = "index"
 
-# Where failed log-ins are counted: with room for more than anybody tries in a minute
-CACHES = {
-    "default": {
-        "BACKEND": "django.core.cache.backends.locmem.LocMemCache",
-        "OPTIONS": {"MAX_ENTRIES": 10_000},
-    },
-}
+# Machines are shared: a log-in ends with the browser, and after a working day at most.
+SESSION_EXPIRE_AT_BROWSER_CLOSE = True
+SESSION_COOKIE_AGE = 8 * 60 * 60
 
 # What staff may offer at once: the photographs of a camera, for instance
 DATA_UPLOAD_MAX_NUMBER_FILES = 1000
@@ -148,10 +144,18 @@ STATIC_ROOT = BASE_DIR / "statiques"  # for a web server that sends them itself
 LOGGING = {
     "version": 1,
     "disable_existing_loggers": False,
-    "formatters": {"harmless": {"()": f"{PACKAGE}.hubs.terminal.Formatter"}},
-    "handlers": {"terminal": {"class": "logging.StreamHandler", "level": "ERROR",
-                              "formatter": "harmless"}},
+    "formatters": {
+        "harmless": {"()": f"{PACKAGE}.hubs.terminal.Formatter"},
+        "request": {"()": "django.utils.log.ServerFormatter", "style": "{",
+                    "format": "[{server_time}] {message}"},
+    },
+    "handlers": {
+        "terminal": {"class": f"{PACKAGE}.hubs.terminal.Handler", "level": "ERROR",
+                     "formatter": "harmless"},
+        "requests": {"class": f"{PACKAGE}.hubs.terminal.Handler", "formatter": "request"},
+    },
     "root": {"handlers": ["terminal"]},
+    "loggers": {"django.server": {"handlers": ["requests"], "level": "INFO", "propagate": False}},
 }
 
 # Browsers ignore this header where there is no encryption, and complain of it.

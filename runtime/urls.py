@@ -34,6 +34,7 @@ urlpatterns = [
     path("remis/<str:name>/retirer", views.remove, HANDED_IN, name="remove_handed_in"),
     path("favicon.ico", RedirectView.as_view(url="/static/logo.svg")),  # for files that are shown
     path("_infos/kl/", views.display_name),
+    path("admin/logout/", views.log_out),
     path("admin/", admin.site.urls),
     # Debug mode is off, which says no more than that pages show no internals.
     path("static/<path:path>", serve, {"insecure": True}),

@@ -2,7 +2,6 @@
 
 import os
 import re
-import signal
 import socket
 import subprocess
 import sys
@@ -51,16 +50,16 @@ class ServedNetworkTest(unittest.TestCase, Visitor):
         self.manage("migrate", "--verbosity", "0")
         self.manage("createsuperuser", "--no-input", "--username", "zoé", "--email", "z@localhost")
 
-    def start_server(self):
+    def start_server(self, **options):
         with socket.socket() as probe:
             probe.bind(("127.0.0.1", 0))
             self.port = probe.getsockname()[1]
         self.server = subprocess.Popen(
             ["python3", "manage.py", "runserver", f"127.0.0.1:{self.port}"], cwd=self.project,
-            env=ENVIRONMENT, start_new_session=True, stdout=subprocess.DEVNULL,
-            stderr=subprocess.DEVNULL)
+            env=ENVIRONMENT, start_new_session=True,
+            **{"stdout": subprocess.DEVNULL, "stderr": subprocess.DEVNULL, **options})
         self.addCleanup(self.server.wait)
-        self.addCleanup(os.killpg, self.server.pid, signal.SIGKILL)
+        self.addCleanup(self.server.kill)
         deadline = time.monotonic() + 60
         while time.monotonic() < deadline and self.server.poll() is None:
             with socket.socket() as client:

@@ -1,14 +1,17 @@
 #!/usr/bin/python3
 """The server of a network: what it sends, holds out against, and never loses."""
 
+import fcntl
 import os
+import pty
 import shutil
 import socket
 import sys
+import termios
 import unittest
 from pathlib import Path
 
-from served_network import TEMPLATE, ServedNetworkTest
+from served_network import TEMPLATE, ServedNetworkTest, Visitor
 
 sys.dont_write_bytecode = True
 sys.path.append(str(TEMPLATE / "hubs"))
@@ -64,6 +67,40 @@ class ServerTest(ServedNetworkTest):
                     self.assertEqual(len(stream.read(size)) == size, whole)
                     client.sendall(head % b"_infos/kl/")
                     self.assertEqual(stream.readline()[9:12] == b"200", whole)
+
+    def test_log_ins(self):
+        self.make_account()
+        self.start_server()
+        for _ in range(6):  # of which none is a try
+            self.assertEqual(self.log_in("zoé", ""), (200, False))
+        status, headers, _ = Visitor.log_in(self, "zoé")
+        self.assertEqual(status, 302)
+        session, = (cookie for cookie in headers.get_all("Set-Cookie")
+                    if cookie.startswith("session"))
+        self.assertNotRegex(session, "expires|Max-Age")  # it ends with the browser
+        for path, method, answer in [("/admin/logout/", "GET", 200), ("/remis/", "GET", 200),
+                                     ("/admin/logout/", "POST", 302), ("/remis/", "GET", 302)]:
+            token = {"X_CSRFToken": self.cookies["csrf_Atelier"]}
+            self.assertEqual(self.ask(path, method=method, **token)[0], answer, (path, method))
+
+    def test_terminal(self):
+        """Ctrl+S stops nothing, and a terminal that nobody reads holds neither pages nor the end."""
+        ours, terminal = pty.openpty()
+        self.start_server(stdin=terminal, stdout=terminal, stderr=terminal,
+                          preexec_fn=lambda: fcntl.ioctl(terminal, termios.TIOCSCTTY, 0))
+        os.write(ours, b"\x13")
+        self.ask("/?q=lu")
+        said = b""
+        while b"q=lu" not in said:
+            said += os.read(ours, 4096)
+        with socket.create_connection(("127.0.0.1", self.port), 60) as client:
+            for _ in range(150):
+                client.sendall(b"HEAD /_infos/kl/?%b HTTP/1.1\r\nHost: a\r\n\r\n" % (b"a" * 1000))
+                answer = b""
+                while not answer.endswith(b"\r\n\r\n"):
+                    answer += client.recv(4096)
+        self.server.terminate()
+        self.server.wait(60)
 
     def test_server_processes(self):
         """The programs' own rule is tested by the same table."""

@@ -1,7 +1,6 @@
 """The address that visitors type, and its picture for their phones."""
 
 import ipaddress
-import socket
 
 from django.utils.safestring import mark_safe
 
@@ -22,23 +21,19 @@ def is_local(address):
         return False
 
 
-def _lan_address():
-    with socket.socket(socket.AF_INET, socket.SOCK_DGRAM) as route:
-        try:
-            route.connect(("192.0.2.1", 9))  # looks up the way and sends nothing
-        except OSError:
-            return None
-        return route.getsockname()[0]
-
-
 def visitors_address(request):
-    """The address of this server, as the request has it unless that leads to this machine alone
-    and the server listens to others too. With its port."""
-    asked = request.get_host()
-    if not is_local(asked) or request.META["SERVER_NAME"] not in ("0.0.0.0", "::"):
-        return asked
-    address = _lan_address()
-    return f"{address}:{request.META['SERVER_PORT']}" if address else asked
+    """The address in digits, with its port, at which visitors reach this server: where this request
+    did, unless that leads to this machine alone and visitors have another. Behind a web server that
+    does not tell, what the browser asked for."""
+    reached = request.META["SERVER_NAME"]
+    if is_local(reached):
+        reached = next(iter(request.META.get("quorvale.lan_addresses", ())), reached)
+    try:
+        ipaddress.ip_address(reached)
+    except ValueError:
+        return request.get_host()
+    host = f"[{reached}]" if ":" in reached else reached
+    return f"{host}:{request.META['SERVER_PORT']}"
 
 
 def qr_code(text):

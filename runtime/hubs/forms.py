@@ -1,12 +1,27 @@
 """The form of logging in."""
 
-from hashlib import sha256
+import threading
+from contextlib import contextmanager
 
 from django.contrib.admin.forms import AdminAuthenticationForm
-from django.core.cache import cache
 from django.core.exceptions import ValidationError
 
 from . import limits
+from .login_tries import LoginTries
+
+_tries = LoginTries()
+_judging = threading.Lock()
+# Addresses that share one by chance wait for each other.
+_lines = [threading.Lock() for _ in range(64)]
+
+
+@contextmanager
+def _turn(address):
+    """One password is judged at a time: that takes a processor for a good while, and pages are to
+    be served meanwhile. Each address waits for itself first, so that one that brings a hundred
+    log-ins delays the others by one of them."""
+    with _lines[hash(address) % len(_lines)], _judging:
+        yield
 
 
 class LoginForm(AdminAuthenticationForm):
@@ -26,17 +41,14 @@ class LoginForm(AdminAuthenticationForm):
     }
 
     def clean(self):
-        account = self.cleaned_data.get("username", "")
-        key = sha256(f"{self.request.META['REMOTE_ADDR']} {account}".encode()).hexdigest()
+        account = self.cleaned_data.get("username")
+        if not account or not self.cleaned_data.get("password"):
+            return super().clean()  # nothing is judged
+        address = self.request.META["REMOTE_ADDR"]
         # Counted before the password is looked at: tries may come at the same time.
-        cache.add(key, 0, limits.LOGIN_PAUSE)
-        try:
-            tries = cache.incr(key)
-        except ValueError:  # the pause has ended this very moment
-            tries = 1
-        if tries > limits.LOGIN_TRIES:
+        if _tries.add((address, account)) > limits.LOGIN_TRIES:
             raise ValidationError(self.error_messages["too_often"], code="too_often")
-        cleaned = super().clean()
-        if self.get_user():  # a form without a password is not looked at either
-            cache.delete(key)
+        with _turn(address):
+            cleaned = super().clean()
+        _tries.forget((address, account))
         return cleaned

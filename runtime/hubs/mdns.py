@@ -10,6 +10,11 @@ from .names import unidecode
 
 _SHARED_NAME = "quorvale"
 _SECONDS_TO_WITHDRAW = 3
+_MAX_CANDIDATES = 10
+# What other machines tell the LAN is kept by the library, until this much of it
+_MAX_RECORDS = 2000
+
+_held = []  # the announcements that hold names
 
 
 def host_name(display_name):
@@ -24,25 +29,43 @@ def service_name(display_name):
     return label or "Quorvale"
 
 
+def held_names():
+    """The names, with their port, at which this network is reached on the LAN."""
+    return list(dict.fromkeys(name for announcement in _held for name in announcement.names))
+
+
+def _forget_others(cache):
+    """Bound what is kept of other machines' announcements. They are asked again when needed."""
+    if sum(map(len, cache.cache.values())) > _MAX_RECORDS:
+        cache.async_remove_records([record for records in cache.cache.values()
+                                    for record in records])
+
+
 class Announcement:
     """Answers for quorvale.local and a name of the network's own, and tells of its web service, on
     the interface of one address. Says to the operator what visitors can type.
+
+    OWN_ADDRESSES are all those of this machine: what answers there is no other machine's.
     """
 
-    def __init__(self, address, port, display_name, say):
-        self._address, self._port, self._say = address, port, say
+    def __init__(self, address, port, display_name, say, own_addresses=()):
+        self.address, self._port, self._say = address, port, say
         self._display_name = display_name
+        self._own = {socket.inet_aton(own) for own in (address, *own_addresses)}
+        self.names = []  # that are held, with their port
         self._zeroconf = None
-        self._ends = False
+        self._end = threading.Event()
         self._thread = threading.Thread(target=self._run, daemon=True)
 
     def start(self):
         """Returns at once: names are settled within seconds, while visitors are served."""
+        _held.append(self)
         self._thread.start()
 
     def withdraw(self):
         """Tell the LAN that the names are no more."""
-        self._ends = True
+        _held.remove(self)
+        self._end.set()
         self._thread.join(_SECONDS_TO_WITHDRAW)
         if self._zeroconf:
             closing = threading.Thread(target=self._zeroconf.close, daemon=True)
@@ -57,37 +80,43 @@ class Announcement:
             return
         logging.getLogger("zeroconf").setLevel(logging.CRITICAL)
         try:
-            self._zeroconf = zeroconf.Zeroconf(interfaces=[self._address],
+            self._zeroconf = zeroconf.Zeroconf(interfaces=[self.address],
                                                ip_version=zeroconf.IPVersion.V4Only)
+            threading.Thread(target=self._keep_small, daemon=True).start()
             self._register(zeroconf)
         except (OSError, zeroconf.Error):
             self._say("Ce réseau local ne porte pas les noms en « .local » : donnez l'adresse.")
 
+    def _keep_small(self):
+        while not self._end.wait(0.5):
+            self._zeroconf.loop.call_soon_threadsafe(_forget_others, self._zeroconf.cache)
+
     def _register(self, zeroconf):
-        own = next(name for name in self._candidates() if not self._is_taken(zeroconf, name))
+        own = next((name for name in self._candidates() if not self._is_taken(zeroconf, name)), None)
+        if not own:
+            self._say("Un appareil de ce réseau local répond à tous les noms : le réseau n'a pas de"
+                      " nom en « .local », donnez l'adresse.")
+            return
         shared_is_taken = self._is_taken(zeroconf, _SHARED_NAME)
-        taken = [(own, "_http", service_name(self._display_name))]
+        free = [(own, "_http", service_name(self._display_name))]
         if not shared_is_taken and own != _SHARED_NAME:
             # A host name needs a service that it belongs to.
-            taken.append((_SHARED_NAME, "_quorvale", own))
-        for host, kind, instance in taken:
-            if self._ends:
+            free.append((_SHARED_NAME, "_quorvale", own))
+        for host, kind, instance in free:
+            if self._end.is_set():
                 return
             self._zeroconf.register_service(zeroconf.ServiceInfo(
                 f"{kind}._tcp.local.", f"{instance}.{kind}._tcp.local.", port=self._port,
-                addresses=[socket.inet_aton(self._address)], server=f"{host}.local."),
+                addresses=[socket.inet_aton(self.address)], server=f"{host}.local."),
                 allow_name_change=True)
+            self.names.append(f"{host}.local:{self._port}")
             self._say(f"Aussi : http://{host}.local:{self._port}/")
         if shared_is_taken:
             self._say("Un autre réseau a déjà le nom quorvale.local : il le garde.")
 
     def _candidates(self):
         name = host_name(self._display_name)
-        yield name
-        number = 2
-        while True:
-            yield f"{name}-{number}"
-            number += 1
+        return [name, *(f"{name}-{number}" for number in range(2, _MAX_CANDIDATES + 1))]
 
     def _is_taken(self, zeroconf, host):
         """Whether another machine answers for the name, which is asked for three times."""
@@ -98,7 +127,7 @@ class Announcement:
             self._zeroconf.send(question)
             time.sleep(0.25)
             answers = self._zeroconf.cache.entries_with_name(name)
-            if any(getattr(answer, "address", None) not in (None, socket.inet_aton(self._address))
+            if any(getattr(answer, "address", None) not in (None, *self._own)
                    for answer in answers):
                 return True
         return False

@@ -10,11 +10,14 @@ from .bodies import drain
 
 
 def visitors_own_address(get_response):
-    """Take the visitor's address from a web server of this machine that passes requests on through
-    a Unix socket. Whoever comes by the network has an address already."""
+    """Take the visitor's address, and the one at which he reached this machine, from a web server
+    that passes requests on through a Unix socket. Whoever comes by the network has these already."""
     def middleware(request):
         if not request.META.get("REMOTE_ADDR"):
             request.META["REMOTE_ADDR"] = request.META.get("HTTP_X_REAL_IP", "")
+            reached, _, port = request.META.get("HTTP_X_SERVER_ADDRESS", "").rpartition(":")
+            if reached:
+                request.META.update(SERVER_NAME=reached.strip("[]"), SERVER_PORT=port)
         return get_response(request)
     return middleware
 

@@ -8,6 +8,7 @@ that the page does not read, only pieces are ever in memory.
 
 import http
 import io
+import socket
 import socketserver
 import sys
 import time
@@ -152,6 +153,12 @@ class _RequestHandler(basehttp.WSGIRequestHandler):
         self._told_to_send = super().handle_expect_100
         return True
 
+    def get_environ(self):
+        environ = super().get_environ()
+        environ["SERVER_NAME"] = self.connection.getsockname()[0]  # where the visitor reached it
+        environ["quorvale.lan_addresses"] = self.server.lan_addresses
+        return environ
+
     def read_head(self):
         """Returns whether there is a request that can be answered."""
         self._stream.limit(IDLE_SECONDS)
@@ -188,11 +195,22 @@ class _RequestHandler(basehttp.WSGIRequestHandler):
 
 
 class Server(basehttp.ThreadedWSGIServer):
-    request_queue_size = 128
+    """Serves at one address. LIKE is another server, with which this one shares the application
+    and the bounds of connections."""
 
-    def __init__(self, address, ipv6=False):
-        self._connections = Connections()
+    request_queue_size = 128
+    timeout = 0  # handle_request() does not wait
+    lan_addresses = ()  # at which visitors reach the network, as far as that is known
+
+    def __init__(self, address, ipv6=False, like=None):
+        self._connections = like._connections if like else Connections()
         super().__init__(address, _RequestHandler, ipv6=ipv6)
+        if like:
+            self.set_app(like.get_app())
+
+    @property
+    def is_ipv4(self):
+        return self.address_family == socket.AF_INET
 
     def server_bind(self):
         socketserver.TCPServer.server_bind(self)  # HTTPServer's asks the DNS for a name

@@ -6,14 +6,14 @@ from datetime import datetime, timezone
 from urllib.parse import urlencode
 
 from django.conf import settings
-from django.contrib import messages
+from django.contrib import admin, messages
 from django.contrib.admin.views.decorators import staff_member_required
 from django.http import Http404, HttpResponse
 from django.shortcuts import redirect, render
 from django.urls import reverse
 from django.views.decorators.http import require_http_methods, require_safe
 
-from . import addresses, archives, handed_in, limits, lists, names, resources, shown
+from . import addresses, archives, handed_in, limits, lists, mdns, names, resources, shown
 from .kept_pages import same_for_visitors
 from .transfers import send_file
 
@@ -52,6 +52,7 @@ def address(request):
         "network_name": network_name(),
         "address": shown,
         "is_local": addresses.is_local(shown),
+        "names": mdns.held_names(),
         "code": addresses.qr_code(f"http://{shown}/"),
     })
 
@@ -331,3 +332,11 @@ def remove_all_handed_in(request):
 def download_handed_in(request, name):
     """One file that has been handed in."""
     return _given(request, _opened(handed_in.FOLDER, name), name)
+
+
+@require_http_methods(["GET", "HEAD", "POST"])
+def log_out(request):
+    """Log out, by a button: a link or a picture of some page must not do it."""
+    if request.method == "POST":
+        return admin.site.logout(request)
+    return render(request, "logout.html") if request.user.is_staff else redirect("index")

@@ -10,10 +10,9 @@ import time
 from django.conf import settings
 from django.contrib.staticfiles.management.commands import runserver
 
-from ... import names, processes
-from ...mdns import Announcement
+from ... import names, processes, terminal
 from ...server import Server
-from ...terminal import harmless
+from ...servers import Servers
 
 _REASONS = {
     errno.EACCES: "vous n'avez pas le droit de servir à ce port.",
@@ -42,34 +41,38 @@ class Command(runserver.Command):
         super().handle(*args, **options)
 
     def say(self, text):
-        """Write for the operator, whose terminal may be gone."""
-        try:
-            self.stdout.write(text)
-            self.stdout.flush()
-        except OSError:
-            pass
+        """Write for the operator."""
+        sys.stdout.write(f"{text}\n")
 
     def give_up(self, reason):
-        self.stderr.write(harmless(f"Le réseau n'est pas servi : {reason}"))
+        print(terminal.harmless(f"Le réseau n'est pas servi : {reason}"), file=sys.stderr)
         sys.exit(1)
 
     def run(self, **options):
         """Serve at once, without Django's second process that restarts the first."""
+        with terminal.kept_flowing():
+            self.serve(**options)
+
+    def serve(self, **options):
+        """Serve until the operator ends it."""
         for number in (signal.SIGINT, signal.SIGTERM, signal.SIGHUP):
             signal.signal(number, _end_orderly)
-        announcement = None
+        servers = None
         try:
             allow_many_files()
             server = self.listen()
             server.set_app(self.get_handler(**options))
             self.check()
-            announcement = self.announce(server)
-            server.serve_forever()
+            address, port = server.server_address[:2]
+            self.say(f"Le réseau « {names.display_name()} » est servi. Pour l'arrêter : Ctrl+C.\n"
+                     f"Adresse à donner aux visiteurs : http://{self.shown(address)}:{port}/")
+            servers = Servers(server, names.display_name(), self.say)
+            servers.run()
         except KeyboardInterrupt:
             for number in (signal.SIGINT, signal.SIGTERM, signal.SIGHUP):
                 signal.signal(number, signal.SIG_IGN)
-            if announcement:
-                announcement.withdraw()
+            if servers:
+                servers.withdraw()
             self.say("Le réseau est arrêté.")
 
     def listen(self):
@@ -100,16 +103,6 @@ class Command(runserver.Command):
             self.say(f"Le réseau « {names.display_name(holder.network)} » était servi :"
                      " il est arrêté.")
         processes.end(holder.network)
-
-    def announce(self, server):
-        address, port = server.server_address[:2]
-        self.say(f"Le réseau « {names.display_name()} » est servi. Pour l'arrêter : Ctrl+C.\n"
-                 f"Adresse à donner aux visiteurs : http://{self.shown(address)}:{port}/")
-        if self.use_ipv6 or address.startswith(("127.", "0.")):
-            return None
-        announcement = Announcement(address, port, names.display_name(), self.say)
-        announcement.start()
-        return announcement
 
     def shown(self, address):
         return f"[{address}]" if self.use_ipv6 else address

@@ -1,0 +1,32 @@
+"""How often somebody has tried to log in lately."""
+
+import threading
+import time
+
+from . import limits
+
+
+class LoginTries:
+    """Counts tries by a key for LOGIN_PAUSE seconds from the first. No number of other keys pushes
+    a count out. Each process of a server counts for itself; its threads may do so at once."""
+
+    def __init__(self):
+        self._counts = {}  # key: number of tries, and when they are forgotten; the oldest first
+        self._lock = threading.Lock()
+
+    def add(self, key):
+        """Count one try more. Returns their number."""
+        now = time.monotonic()
+        with self._lock:
+            for other in list(self._counts):
+                if self._counts[other][1] > now:
+                    break
+                del self._counts[other]
+            number, end = self._counts.get(key, (0, now + limits.LOGIN_PAUSE))
+            self._counts[key] = number + 1, end
+        return number + 1
+
+    def forget(self, key):
+        """Start at nothing for the key."""
+        with self._lock:
+            self._counts.pop(key, None)
