@@ -18,7 +18,7 @@ ApplicationSetup::ApplicationSetup()
 
 void ApplicationSetup::dress_window(QWidget& window) {
     const QString icon_file = QStringLiteral("img/zandrel_logo.svg");
-    if (QFile::exists(icon_file)) {  // Qt complains on standard error of an icon that is missing
+    if (QFile::exists(icon_file)) {  // Qt warns on standard error about a missing icon
         window.setWindowIcon(QIcon(icon_file));
     }
     window.setWindowFlags(Qt::Window | Qt::WindowMinimizeButtonHint | Qt::WindowCloseButtonHint);
@@ -41,7 +41,7 @@ void ApplicationSetup::apply_style_sheet() {
         return;
     }
     const QByteArray style_sheet = style_file.readAll();
-    // With its size: fromLatin1(QByteArray) of Qt 5 ends at a NUL byte.
+    // With an explicit size: Qt 5's fromLatin1(QByteArray) stops at a NUL byte.
     qApp->setStyleSheet(QString(QLatin1String(style_sheet.constData(), style_sheet.size())));
 }
 

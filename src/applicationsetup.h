@@ -6,12 +6,12 @@
 
 class QWidget;
 
-/// What every program of ours does to its `QApplication` before the first window: UTF-8 as the
+/// What each of our programs sets up in its `QApplication` before the first window: UTF-8 as the
 /// locale codec, the style sheet "style.qss" of the working directory, and the first translation
 /// found for the user's interface languages.
 ///
 /// Create one on the stack after the application object and keep it until the event loop has ended.
-/// A missing style sheet or translation is passed over in silence.
+/// A missing style sheet or translation is ignored.
 class ApplicationSetup {
 public:
     ApplicationSetup();
@@ -20,14 +20,15 @@ public:
     /// close buttons only.
     static void dress_window(QWidget& window);
 
-    /// Shows a program's first window. Qt would load OpenGL for it, which no window of ours uses
-    /// and which is half of the start: it is told not to, by a variable of the environment that is
-    /// as before on return, so that nothing started later inherits it.
+    /// Shows a program's first window without loading OpenGL, which no window of ours uses and
+    /// which would take half of the start-up time. Qt is told by an environment variable, restored
+    /// on return so that nothing started later inherits it.
     static void show_first_window(QWidget& window);
 
 private:
     void apply_style_sheet();
-    /// A dark theme's light links would be lost on the white pages, which no style sheet can mend.
+    /// A dark theme's light links could not be read on the white pages; no style sheet reaches
+    /// links.
     static void darken_links();
     void install_translation();
 

@@ -15,9 +15,9 @@ class ClientWindow : public QDialog {
     Q_OBJECT
 
 public:
-    /// Runs the whole search: blocks until its commands have ended, before the window can show. The
-    /// window then has its list screen, or the search screen for good when no server answered.
-    /// Throws what `find_servers` throws.
+    /// Runs the whole search and blocks until its commands have ended, so that the window cannot be
+    /// shown before. It then has its list screen, or keeps the search screen when no server
+    /// answered. Throws what `find_servers` throws.
     explicit ClientWindow(QWidget* parent);
     /// Deletes the records.
     ~ClientWindow() override;
@@ -27,10 +27,10 @@ public:
 
     /// Search screen; then the search, and the list screen when servers were found.
     void searching_networks_mode();
-    /// List screen: a button a server.
+    /// List screen: one button per server.
     void selecting_networks_mode();
-    /// Sends the browser to a server, given as host:8000, then shows the connected screen, whatever
-    /// became of the browser.
+    /// Sends the browser to a server, given as host:8000, then shows the connected screen. Whether
+    /// the browser opens is not checked.
     void go_to_network(std::string address);
     /// Connected screen. Its texts are fixed: the server is not named on it.
     void network_selected_mode();

@@ -16,7 +16,7 @@ int DjangoManager::launch(std::string path) {
     if (child == 0) {
         execlp("gnome-terminal", "gnome-terminal", "--", "bash", "-c", command.c_str(), nullptr);
         std::cerr << "Erreur : impossible de lancer le terminal." << std::endl;
-        // Not exit(): the exit handlers and unwritten output are the parent's.
+        // Not exit(), which would run the parent's exit handlers and write its buffered output.
         _exit(1);
     }
     std::cout << "Le serveur Django a été lancé dans un nouveau terminal (PID " << child << ")."

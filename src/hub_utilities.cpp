@@ -118,7 +118,7 @@ int create_new_network(std::string name, std::string path) {
         "cp -r static/ " + inner,
     };
     for (const std::string& command : commands) {
-        // A failed command speaks for itself, and the ones after it are tried all the same.
+        // A command that fails reports it itself; the ones after it are run all the same.
         [[maybe_unused]] const int status = std::system(command.c_str());
     }
     return 0;

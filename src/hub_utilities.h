@@ -10,7 +10,7 @@ inline constexpr char default_lan_host[] = "quorvale.local";
 
 /// Runs a shell command line, unchanged, and returns its standard output less one final line feed.
 ///
-/// Blocks until the command has ended. The exit status is not looked at: a command that fails
+/// Blocks until the command has ended. The exit status is ignored: a command that fails
 /// returns what it wrote, usually nothing. A NUL byte hides the bytes after it, up to the next line
 /// feed or the next 127-byte piece of a long line.
 /// Throws `std::runtime_error`, with "Oh Oh" on standard output, when the command cannot be
@@ -18,14 +18,14 @@ inline constexpr char default_lan_host[] = "quorvale.local";
 std::string exec_cmd(std::string command);
 
 /// Returns the machine's own IPv4 address, the one that `ifconfig` lists last beside the
-/// loopback's, or an empty string. Asks anew at every call. Throws what `exec_cmd` throws.
+/// loopback's, or an empty string. Nothing is cached. Throws what `exec_cmd` throws.
 std::string getIp();
 
-/// Appends one new record for every line of "networks.data" (working directory) that has a name and
+/// Appends a new record for each line of "networks.data" (working directory) that has a name and
 /// a directory; the records belong to the caller. The list is not cleared first.
 ///
-/// Echoes every line on standard output. A line with fewer than two fields is named on standard
-/// error and skipped; a file that cannot be opened gives one line there and no record.
+/// Echoes every line on standard output. A line with fewer than two fields is reported on standard
+/// error and skipped; a file that cannot be opened is reported there, too.
 void read_hub_networks(std::vector<Network*>* networks);
 
 /// Turns one registry line, name|directory| without its line feed, into a new record that belongs
@@ -37,20 +37,21 @@ Network* split_hub_networks_file(std::string line);
 /// entry is empty for a host without a reverse name. Prints nothing. Throws what `exec_cmd` throws.
 std::vector<std::string> fetch_networks();
 
-/// The host list in the scan's sixth words, one a line: parentheses dropped, one entry a line.
+/// Returns the hosts in the scan's sixth words, which are given one per line, without parentheses.
 std::vector<std::string> hosts_of_scan(std::string words);
 
-/// The lines of a text, empty ones included; a final line feed adds no empty entry.
+/// Returns the lines of a text, empty ones included; a final line feed adds no empty entry.
 std::vector<std::string> splitLines(const std::string& text);
 
 /// Lists the servers of the subnet, as host:8000, in the order of `fetch_networks`: the hosts that
 /// answer 200 OK there. Prints nothing. Throws what `exec_cmd` throws.
 ///
-/// Blocks until `nmap` and one `curl` a host have ended, one after the other; sets no time limit.
+/// Blocks until `nmap` and then one `curl` per host have ended; sets no time limit.
 std::vector<std::string> find_servers();
 
-/// Asks every server, given as host:8000, for its display name: one name a server, empty when it
-/// gave none, its words joined by single blanks. Throws what `exec_cmd` throws.
+/// Asks each server, given as host:8000, for its display name. Returns one name per server, its
+/// words joined by single spaces, or an empty text where the server gave none. Throws what
+/// `exec_cmd` throws.
 ///
 /// Asks twice: the first answer is returned, the second written to standard output, with no
 /// separator and no flush.
@@ -60,5 +61,6 @@ std::vector<std::string> find_servers_names(std::vector<std::string> servers);
 /// the working directory (settings.py, urls.py, hubs, ressources, templates, static) copied into
 /// path/name/. Returns 0 in every case; the commands' complaints go to standard error.
 ///
-/// Both texts reach the shell unquoted. Blocks until the last command has ended. Records nothing.
+/// Both texts reach the shell unquoted. Blocks until the last command has ended. Does not add the
+/// network to the registry.
 int create_new_network(std::string name, std::string path);

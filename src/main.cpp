@@ -6,7 +6,7 @@
 #include "open_url.h"
 
 int main(int argc, char** argv) {
-    // The browser is asked first: it loads the LAN server's page while our window is built.
+    // The browser is asked first, so that it loads the LAN server's page while our window is built.
     open_url(QString::fromLatin1(default_lan_host) + QStringLiteral(":8000"));
 
     const QApplication application(argc, argv);

@@ -14,7 +14,8 @@ Network::Network(std::string network_name, std::string network_path, std::string
       address(std::move(network_address)) {}
 
 int Network::launch() const {
-    // Built before the fork: the child of a process with threads had better not allocate.
+    // Built before the fork: in the child of a process with threads, allocating memory may
+    // deadlock.
     const std::string command =
         "cd " + path + " && python3 manage.py runserver " + getIp() + ":8000 ; exec bash";
 
@@ -39,6 +40,6 @@ int Network::is_launched() const {
     if (!started) {
         return 1;
     }
-    // One line is always there: the shell that runs the pipeline has both words in its own.
+    // One line is always there: that of the shell that runs the pipeline, which holds both words.
     return lines > 1 ? 1 : 0;
 }

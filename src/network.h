@@ -7,7 +7,7 @@
 /// (it has an `address`).
 ///
 /// Records are created with `new` by their source and belong to the window that shows them. Texts
-/// are kept byte for byte and are never checked.
+/// are kept byte for byte, unchecked.
 class Network {
 public:
     /// A record with empty texts.
@@ -15,7 +15,7 @@ public:
     Network(std::string network_name, std::string network_path, std::string network_address);
 
     /// Starts the server of `path` in a new gnome-terminal window, on the machine's own address and
-    /// port 8000, and returns 0 at once, whatever becomes of it. Prints nothing.
+    /// port 8000, and returns 0 at once. The outcome is ignored. Prints nothing.
     /// Throws what `getIp` throws, before any process exists.
     ///
     /// `path` reaches the shell of the terminal unquoted. The terminal and the server outlive the
@@ -25,8 +25,8 @@ public:
     /// Returns 1 when the process list shows a server of a project below a folder named "Tesquin",
     /// else 0; the same for every record. Blocks until `ps` has ended; prints nothing.
     ///
-    /// Leaves the process IDs found in "net_hub_tmp.lo" of the working directory, one a line. Also
-    /// returns 1 when the process list cannot be read at all.
+    /// Writes the process IDs found to "net_hub_tmp.lo" in the working directory, one per line.
+    /// Returns 1, too, when the process list cannot be read at all.
     int is_launched() const;
 
     std::string name;     ///< display name, the text of the network's button

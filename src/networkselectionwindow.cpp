@@ -89,7 +89,7 @@ void NetworkSelectionWindow::switch_to_network(Network* network) {
     if (network->is_launched() == 0) {
         return;
     }
-    // The terminal is there before its server answers: leave it the time to come up.
+    // The terminal appears before its server answers: give the server time to come up.
     std::this_thread::sleep_for(std::chrono::seconds(2));
     remove_layouts(nullptr);
     open_url(latin1_text("http://" + getIp() + ":8000"));

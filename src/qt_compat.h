@@ -10,7 +10,7 @@
 #include <QStringDecoder>
 #endif
 
-/// What the Qt releases that we build with call differently.
+/// What differs between the Qt releases that we build with.
 
 /// Makes UTF-8 the codec of file names and of the command line, whatever the locale says. Qt 6
 /// has no other on Linux.
@@ -20,7 +20,7 @@ inline void use_utf8_locale_codec() {
 #endif
 }
 
-/// The directory of the translations that Qt brings.
+/// Returns the directory of Qt's own translations.
 inline QString qt_translations_directory() {
 #if QT_VERSION_MAJOR < 6
     return QLibraryInfo::location(QLibraryInfo::TranslationsPath);
@@ -29,8 +29,8 @@ inline QString qt_translations_directory() {
 #endif
 }
 
-/// The text of a file that was written in an editor: UTF-8, with a byte-order mark or without, else
-/// Windows-1252. A letter that is cut off at the end is left out.
+/// Returns the text of a file that was written in an editor: UTF-8, with a byte-order mark or
+/// without, else Windows-1252. A letter that is cut off at the end is left out.
 inline QString text_of_file(const QByteArray& bytes) {
 #if QT_VERSION_MAJOR < 6
     QTextCodec::ConverterState state;

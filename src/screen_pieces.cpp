@@ -75,7 +75,7 @@ QWidget* form_panel(const std::vector<std::pair<QString, QWidget*>>& rows,
     int row = 1;
     for (const auto& [label, field] : rows) {
         auto* caption = new QLabel(label);
-        caption->setBuddy(field);  // names the field to a screen reader
+        caption->setBuddy(field);  // screen readers take the field's name from it
         grid->addWidget(caption, row, 1);
         grid->addWidget(field, row, 2);
         ++row;
@@ -106,7 +106,7 @@ void add_network_buttons(const std::vector<Network*>& networks, QBoxLayout& colu
         button->setProperty("class", QStringLiteral("net-btn"));
         column.addWidget(button);
     }
-    // Not mapped(int), which Qt 5 sends before mappedInt(int): the slot deletes the button, and the
-    // mapper would look it up once more.
+    // Not mapped(int), which Qt 5 emits before mappedInt(int): the slot deletes the button, which
+    // the mapper would then look up once more.
     QObject::connect(mapper, SIGNAL(mappedInt(int)), &window, slot);
 }

@@ -12,8 +12,8 @@ class QLabel;
 class QSize;
 class QWidget;
 
-/// The pieces that several screens are built from. Widgets are returned without a parent: the
-/// layout that takes them in gives them to its window.
+/// The pieces that several screens are built from. Widgets are returned without a parent; the
+/// layout to which they are added gives them its own.
 
 /// Style sheet of the windows' white pages. It reaches every widget of the page.
 inline constexpr char white_page_style[] = " background: #fff;";

@@ -12,7 +12,7 @@ ClientControls::ClientControls(ClientWindow& shown) : QObject(&shown), window(sh
 }
 
 void ClientControls::follow_list() {
-    // Every list has its own mapper, which stays in the window. The window's slot comes first.
+    // Every list has a mapper of its own, which outlives the list. The window's slot is called first.
     connect(window.findChildren<QSignalMapper*>(QStringLiteral("network_mapper")).last(),
             &QSignalMapper::mappedInt, this, &ClientControls::follow_connected_screen);
 }
@@ -20,7 +20,7 @@ void ClientControls::follow_list() {
 void ClientControls::follow_connected_screen(int index) {
     auto* access = window.findChild<QPushButton*>(QStringLiteral("access_button"));
     const auto* selection = window.findChild<QPushButton*>(QStringLiteral("selection_button"));
-    // Queued: each replaces the screen that its button is on.
+    // Queued, because each replaces the screen that holds its button.
     connect(
         access, &QPushButton::clicked, this, [this, index] { show_list(index)->click(); },
         Qt::QueuedConnection);
@@ -55,7 +55,7 @@ bool wants_another_search(ClientWindow& window) {
     const auto* again =
         message.addButton(QStringLiteral("Chercher de nouveau"), QMessageBox::AcceptRole);
     message.addButton(QStringLiteral("Fermer"), QMessageBox::RejectRole);
-    // Not modal: the window behind it can be closed as ever.
+    // Not modal: the window behind it can still be closed.
     QEventLoop answered;
     QObject::connect(&message, &QDialog::finished, &answered, &QEventLoop::quit);
     QObject::connect(&window, &QDialog::finished, &answered, &QEventLoop::quit);

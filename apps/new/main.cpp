@@ -16,7 +16,7 @@ namespace {
 const QString admin = QStringLiteral("admin");
 const QString contents = QStringLiteral("contents");
 
-/// The first line of standard input; what is typed in a terminal is not shown.
+/// Returns the first line of standard input. What is typed in a terminal is not echoed.
 QByteArray read_password() {
     termios shown{};
     const bool terminal = tcgetattr(STDIN_FILENO, &shown) == 0;
@@ -35,15 +35,15 @@ QByteArray read_password() {
     return QByteArray::fromStdString(line);
 }
 
-/// Lets a creation go to its end or take back what it made, whatever ends the programs around it.
-/// The commands that it runs are ended as usual.
+/// Ignores the signals that would end this program, so that a creation finishes or is undone. The
+/// commands that it runs still receive them.
 void outlive_signals() {
     for (const int signal : {SIGHUP, SIGINT, SIGTERM, SIGPIPE}) {
         std::signal(signal, [](int) {});
     }
 }
 
-/// What the command line may hold.
+/// Adds what the command line may hold.
 void describe(CommandLine& line) {
     line.add_argument(
         QStringLiteral("NOM"),

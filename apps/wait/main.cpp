@@ -10,13 +10,14 @@
 #include "command_line.h"
 #include "wait_window.h"
 
-// Started by the client, see SearchWait. Without arguments it shows the wait, until it is killed;
-// status 0 says that the operator has closed it. "--end" ends what was started by the program that
-// this process has run before.
+// Started by the client, see SearchWait. Without arguments it shows the waiting window until it is
+// killed; status 0 means that the operator closed it. With "--end" it replaces the client in the
+// same process, and kills the commands that the client had started.
 
 namespace {
 
-/// Ends all children of a process, their own first. A process that is stopped starts no more.
+/// Kills all descendants of a process, the youngest first. Each is stopped before its children are
+/// listed, so that it starts no more of them.
 void end_children(pid_t parent) {
     const std::string number = std::to_string(parent);
     std::ifstream children("/proc/" + number + "/task/" + number + "/children");

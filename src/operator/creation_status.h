@@ -1,6 +1,6 @@
 #pragma once
 
-/// How the making of a network or of an account ends: the exit status of `quorvale-new` and of a
+/// Outcome of creating a network or an account: the exit status of `quorvale-new` and of a
 /// project's command `compte`.
 enum CreationStatus {
     created_whole = 0,

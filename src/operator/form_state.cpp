@@ -19,7 +19,7 @@ QLabel* reason_at(const QGridLayout& grid, int row) {
     return item == nullptr ? nullptr : qobject_cast<QLabel*>(item->widget());
 }
 
-/// Gives what is no text field, with its long texts, the reasons' column, too.
+/// Lets lists, whose texts are long, take up the reasons' column, too.
 void make_room(QGridLayout& grid) {
     for (int row = 0; row < grid.rowCount(); ++row) {
         QLayoutItem* item = grid.itemAtPosition(row, field_column);

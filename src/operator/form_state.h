@@ -4,8 +4,8 @@ class QLineEdit;
 class QString;
 class QWidget;
 
-/// The state of a form that `form_panel` built: what is wrong with its fields, which stands beside
-/// them, and whether what was typed is at work.
+/// The state of a form that `form_panel` built: what is wrong with its fields, and whether it is
+/// busy with what was typed.
 
 /// Says why a field's contents were refused, a reason a line: the first one stands beside the
 /// field, all are its tool tip and its description to a screen reader. The first field refused gets
@@ -16,8 +16,8 @@ void refuse_field(QWidget& field, const QString& reason);
 /// there is one that can be sent.
 bool check_password(QLineEdit& password, QLineEdit& confirmation);
 
-/// Takes back everything that was said in a form.
+/// Clears everything that was said about the fields of a form.
 void accept_fields(const QWidget& form);
 
-/// While a form is busy, nothing can be typed in it, and its window's cursor says so.
+/// A busy form takes no input, and its window has the busy cursor.
 void set_form_busy(QWidget& form, bool busy);

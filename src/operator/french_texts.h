@@ -1,6 +1,6 @@
 #pragma once
 
-/// Makes the texts that Qt brings itself (the buttons of its dialogs, for instance) French,
-/// whatever the session's language. Call it once, after the application object is made. Without
-/// Qt's translations on the machine, these texts stay English.
+/// Makes Qt's own texts, such as those of dialog buttons, French whatever the session's language.
+/// Call it once, after the application object is created. Where Qt's translations are not
+/// installed, these texts stay English.
 void use_french_texts();

@@ -20,10 +20,11 @@ namespace {
 const char* const template_parts[] = {"settings.py", "urls.py",   "hubs",
                                       "ressources",  "templates", "static"};
 
-/// The first part of the template that the directory lacks or hides, or an empty text.
+/// Returns the first part of the template that is missing or unreadable in the directory, or an
+/// empty text.
 QString missing_template_part(const QDir& directory) {
     for (const char* part : template_parts) {
-        // Readable, too: Django makes some parts of its own, where a failed copy is not missed.
+        // Readable, too: Django creates some of the parts itself, which would hide a failed copy.
         if (!QFileInfo(directory, QString::fromLatin1(part)).isReadable()) {
             return QString::fromLatin1(part);
         }
@@ -31,7 +32,7 @@ QString missing_template_part(const QDir& directory) {
     return {};
 }
 
-/// The first part of the template whose copy in the directory is not whole, or an empty text.
+/// Returns the first part of the template that was not copied whole, or an empty text.
 QString part_not_copied(const QString& directory) {
     for (const char* part : template_parts) {
         QString name = QString::fromLatin1(part);
@@ -90,7 +91,7 @@ bool write_name(const QString& name, const QDir& project) {
     return file.open(QIODevice::WriteOnly) && file.write(line) == line.size() && file.flush();
 }
 
-/// Makes the project with its display name. Returns why that failed, or an empty text.
+/// Creates the project with its display name. Returns why that failed, or an empty text.
 QString make_project(const NewNetwork& wanted, const QString& name, QDir& workshop,
                      const QDir& project) {
     if (!prepare_workshop(workshop)) {
@@ -118,7 +119,7 @@ QString make_project(const NewNetwork& wanted, const QString& name, QDir& worksh
 }
 
 /// Runs a command of the project's manage.py with a text on its standard input. Returns its exit
-/// status, 1 when it has none.
+/// status, or 1 if it was killed or could not be started.
 int manage(const QDir& project, const QStringList& arguments, const QByteArray& input) {
     QProcess command;
     command.setProcessChannelMode(QProcess::ForwardedErrorChannel);
@@ -130,7 +131,7 @@ int manage(const QDir& project, const QStringList& arguments, const QByteArray& 
     return ended ? command.exitCode() : 1;
 }
 
-/// Makes everything but the line in the registry.
+/// Creates everything but the line in the registry.
 CreationStatus make_network(const NewNetwork& wanted, const QString& name, QDir& workshop,
                             const QDir& project) {
     const QString reason = make_project(wanted, name, workshop, project);
@@ -178,8 +179,8 @@ bool place_and_record(const QString& name, const QString& made, QDir& project) {
 
 /// The directory of a network. That of a copy may be taken by the network that was copied.
 QString wanted_directory(const NewNetwork& wanted, const QString& name,
-                         const QSet<QString>& taken) {
-    const QString directory = directory_name(name, taken);
+                         const QSet<QString>& reserved) {
+    const QString directory = directory_name(name, reserved);
     QString candidate = directory;
     for (int number = 2; !wanted.contents.isEmpty() && QFileInfo::exists(candidate); ++number) {
         candidate = QStringLiteral("%1_%2").arg(directory).arg(number);
@@ -222,8 +223,8 @@ QString creation_refusal(const QString& name, const QString& directory) {
 
 CreationStatus create_and_record_network(const NewNetwork& wanted) {
     const QString name = wanted.name.simplified();
-    const QSet<QString> taken = python_names();
-    if (taken.isEmpty()) {
+    const QSet<QString> reserved = python_names();
+    if (reserved.isEmpty()) {
         return fail(name, QStringLiteral("python3 n'a pas pu être lancé pour vérifier le nom."));
     }
     QLockFile turn(QStringLiteral("creation.lock"));
@@ -231,7 +232,7 @@ CreationStatus create_and_record_network(const NewNetwork& wanted) {
     if (!turn.lock()) {
         return fail(name, QStringLiteral("rien ne peut être écrit dans ce répertoire."));
     }
-    QDir project(QDir::current().filePath(wanted_directory(wanted, name, taken)));
+    QDir project(QDir::current().filePath(wanted_directory(wanted, name, reserved)));
     const QString reason = creation_refusal(name, project.dirName());
     if (!reason.isEmpty()) {
         return fail(name, reason);

@@ -5,7 +5,7 @@
 
 #include "creation_status.h"
 
-/// What the operator says of a network that is to be created.
+/// What the operator enters for a new network.
 struct NewNetwork {
     QString name;             ///< display name: any text that is not blank
     QString administrator{};  ///< pseudonym of its first administrator; empty for none
@@ -13,9 +13,9 @@ struct NewNetwork {
     QString contents{};       ///< directory of what a copy held, see below; empty for none
 };
 
-/// Returns why no network of that display name and directory can be created in the working
-/// directory, in French, or an empty text. Refused are: a blank name, a directory that exists, a
-/// name that is recorded, a registry that is no readable file, a missing or unreadable template
+/// Returns, in French, why no network of that display name and directory can be created in the
+/// working directory, or an empty text. Refused are: a blank name, a directory that exists, a
+/// name that is recorded, a registry that is not a readable file, a missing or unreadable template
 /// file, a working directory whose name the shell would not take as it stands.
 QString creation_refusal(const QString& name, const QString& directory);
 
@@ -27,8 +27,8 @@ QString creation_refusal(const QString& name, const QString& directory);
 ///
 /// With `contents`, the files in its folder "projet" are laid over the project's directory, those
 /// in "paquet" over its package's; the folders "ressources" and "depots" of the package, which may
-/// be large, are moved from there and have nothing of the template's. Where the directory is taken, a
-/// number follows its name.
+/// be large, are moved from there and have nothing of the template's. Where the directory is taken,
+/// a number follows its name.
 ///
 /// Returns `created_whole` with a French line on standard output that says what was made. On any
 /// failure, what was made is removed, and the reason is on standard error, in French: one line for

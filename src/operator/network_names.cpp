@@ -46,7 +46,7 @@ QSet<QString> python_names() {
     return {names.begin(), names.end()};
 }
 
-QString directory_name(const QString& display_name, const QSet<QString>& taken) {
+QString directory_name(const QString& display_name, const QSet<QString>& reserved) {
     static const QRegularExpression others(QStringLiteral("[^A-Za-z0-9]+"));
     const int longest = 60;
     QString name = without_accents(display_name).replace(others, QStringLiteral(" "));
@@ -56,7 +56,7 @@ QString directory_name(const QString& display_name, const QSet<QString>& taken) 
     } else if (name.at(0).isDigit()) {
         name.prepend(QStringLiteral("Reseau_"));
     }
-    return taken.contains(name) ? name + QStringLiteral("_reseau") : name;
+    return reserved.contains(name) ? name + QStringLiteral("_reseau") : name;
 }
 
 std::string registry_name(const QString& display_name) {

@@ -6,14 +6,14 @@
 
 /// The names that follow from the one that the operator gives a network, its display name.
 
-/// Returns the names that Python has already: its keywords and its modules, which a project's
+/// Returns the names that Python reserves: its keywords, and its modules, which a project's
 /// directory would hide. Empty when python3 cannot be asked.
 QSet<QString> python_names();
 
-/// Returns the name of a network's directory, a Python identifier of ASCII letters that is none of
-/// the taken ones: the display name without its accents, an underscore for whatever else stands
+/// Returns the name of a network's directory, a Python identifier of ASCII letters that is not
+/// reserved: the display name without its accents, an underscore for whatever else stands
 /// between letters and digits. "Reseau" stands in front of a digit and for a name without letters.
-QString directory_name(const QString& display_name, const QSet<QString>& taken);
+QString directory_name(const QString& display_name, const QSet<QString>& reserved);
 
 /// Returns the bytes that stand for a display name in the registry, whose bytes a button shows as
 /// Latin-1 characters: "&" doubled, for a button hides a single one, and the bar, which ends the

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-/// A network of the registry, as the operator knows it.
+/// A network of the registry, under the name that the operator sees.
 struct RegisteredNetwork {
     QString name;           ///< its display name: the one in its "nom.txt", else the registry's
     std::string directory;  ///< its project's, the bytes that the registry has
@@ -17,5 +17,5 @@ std::vector<RegisteredNetwork> registered_networks();
 /// Returns whether a network's directory holds a project.
 bool has_project(const std::string& directory);
 
-/// Returns what to say of a network whose directory holds none.
+/// Returns the French message for a network whose directory holds no project.
 QString project_missing(const std::string& directory);

@@ -56,7 +56,7 @@ bool has_network(std::istream& registry, const std::string& name) {
     return found;
 }
 
-/// Reads the whole registry, nothing when there is none. Returns false when it cannot be read.
+/// Reads the whole registry; a missing one is empty. Returns false when it cannot be read.
 bool read_registry(QByteArray& contents) {
     QFile registry(QString::fromLatin1(registry_file));
     if (!registry.exists()) {
@@ -66,11 +66,11 @@ bool read_registry(QByteArray& contents) {
         return false;
     }
     contents = registry.readAll();
-    // Beyond the size of a QByteArray, nothing is read, and no error is set.
+    // Of a file too large for a QByteArray, nothing is read, and no error is set.
     return registry.error() == QFileDevice::NoError && contents.size() == registry.size();
 }
 
-/// Puts new contents in the registry's place, whole or not at all.
+/// Replaces the registry's contents, whole or not at all.
 bool replace_registry(const QByteArray& contents) {
     // Written beside the registry, then renamed over it. The commit alone would not report a disk
     // that is full by the last bytes: the flush does.
@@ -111,7 +111,7 @@ int record_hub_network(std::string name, std::string directory) {
     if (!lock.take() || !read_registry(contents)) {
         return refuse(unchanged);
     }
-    // Whoever asked before the lock may have been overtaken.
+    // Checked under the lock: another program may have recorded the name meanwhile.
     std::istringstream lines(contents.toStdString());
     if (has_network(lines, name)) {
         return refuse("un réseau de ce nom est déjà enregistré.");

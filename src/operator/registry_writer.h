@@ -5,8 +5,8 @@
 /// Returns whether "networks.data" (working directory) has a network of that name. Prints nothing.
 bool is_recorded(const std::string& name);
 
-/// Appends a network to "networks.data" (working directory) and returns 0; the file is made when
-/// there is none.
+/// Appends a network to "networks.data" (working directory) and returns 0; a missing file is
+/// created.
 ///
 /// Returns 1, with one line on standard error and the file untouched, when a text is empty or holds
 /// a bar or a line feed, when a network of that name is there already, or when the new file cannot

@@ -18,7 +18,7 @@ namespace {
 namespace fs = std::filesystem;
 using Clock = std::chrono::steady_clock;
 
-/// Holds on to one process: another one that gets its number later is not reached through it.
+/// Refers to one process, never to a later one with the same number.
 class Process {
 public:
     explicit Process(pid_t pid) : descriptor(static_cast<int>(syscall(SYS_pidfd_open, pid, 0))) {}
@@ -53,7 +53,7 @@ fs::path entry_of(pid_t pid, const char* file) {
     return fs::path("/proc") / std::to_string(pid) / file;
 }
 
-/// The command line's words; none of a process that has ended.
+/// Returns the words of the command line; none for a process that has ended.
 std::vector<std::string> words_of(pid_t pid) {
     std::ifstream file(entry_of(pid, "cmdline"));
     std::vector<std::string> words;
@@ -117,7 +117,8 @@ bool is_terminal_shell(pid_t pid) {
            words[2].compare(words[2].size() - end.size(), end.size(), end) == 0;
 }
 
-/// The processes for which the check holds, looked at once they are held.
+/// Returns the processes that pass the check. Each is opened first, then checked, for pids are
+/// reused.
 template <typename Check>
 std::vector<Process> hold(const std::vector<pid_t>& pids, Check check) {
     std::vector<Process> held;
@@ -159,7 +160,7 @@ bool is_entered(const std::string& directory) {
 }
 
 bool stop_server(const std::string& directory) {
-    // The shell has another command line when the server has ended.
+    // Found first: once the server has ended, the shell has another command line.
     const std::vector<Process> shells = terminal_shells(directory);
     for (const int signal : {SIGINT, SIGTERM, SIGKILL}) {
         const std::vector<Process> servers =
