@@ -58,8 +58,7 @@ class ServedNetworkTest(unittest.TestCase, Visitor):
             ["python3", "manage.py", "runserver", f"127.0.0.1:{self.port}"], cwd=self.project,
             env=ENVIRONMENT, start_new_session=True,
             **{"stdout": subprocess.DEVNULL, "stderr": subprocess.DEVNULL, **options})
-        self.addCleanup(self.server.wait)
-        self.addCleanup(self.server.kill)
+        self.addCleanup(self.end_server)
         deadline = time.monotonic() + 60
         while time.monotonic() < deadline and self.server.poll() is None:
             with socket.socket() as client:
@@ -67,6 +66,14 @@ class ServedNetworkTest(unittest.TestCase, Visitor):
                     return
             time.sleep(0.1)
         self.fail("the server does not answer")
+
+    def end_server(self):
+        self.server.terminate()
+        try:
+            self.server.wait(20)
+        except subprocess.TimeoutExpired:
+            self.server.kill()
+            self.server.wait()
 
     def bound(self, name, value):
         file = self.project / "Atelier" / "hubs" / "limits.py"

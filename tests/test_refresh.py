@@ -30,6 +30,7 @@ class Refresh(unittest.TestCase):
             (self.root / folder).mkdir(parents=True)
             (self.root / folder / name).write_bytes((START / name).read_bytes())
             (self.root / folder / name).chmod(0o755)
+        (self.root / "libexec/quorvale/first_on_path").symlink_to(SOURCE / "tools/first_on_path")
         (self.root / "bin/quorvale-true").symlink_to("/bin/true")
         (self.root / "bin/quorvale-desk").write_text('#!/bin/sh\npwd; echo "$QUORVALE_NOTICE"\n')
         (self.root / "bin/quorvale-desk").chmod(0o755)
@@ -51,8 +52,8 @@ class Refresh(unittest.TestCase):
     def start(self, *before, program="true", path=os.environ["PATH"], status=0):
         """Start a program, by the command BEFORE it. Return what is said."""
         run = subprocess.run([*before, "bin/quorvale-start", program], cwd=self.root, check=False,
-                             env={"PATH": path, "QUORVALE_DIR": str(self.work)}, text=True,
-                             stdout=subprocess.PIPE, stderr=subprocess.STDOUT)
+                             stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True,
+                             env={**os.environ, "PATH": path, "QUORVALE_DIR": str(self.work)})
         self.assertEqual(run.returncode, status, run.stdout)
         return run.stdout
 
