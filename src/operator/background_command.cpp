@@ -17,12 +17,15 @@ void run_in_background(QObject& owner, const QStringList& command, const QString
             ended(1, QStringLiteral("Le programme %1 n'a pas pu être lancé.").arg(name));
         }
     });
-    QObject::connect(process, QOverload<int, QProcess::ExitStatus>::of(&QProcess::finished), &owner,
-                     [=](int status, QProcess::ExitStatus how) {
-                         process->deleteLater();
-                         ended(how == QProcess::NormalExit ? status : 1,
-                               QString::fromUtf8(process->readAllStandardError()).trimmed());
-                     });
+    QObject::connect(
+        process, QOverload<int, QProcess::ExitStatus>::of(&QProcess::finished), &owner,
+        [=](int status, QProcess::ExitStatus how) {
+            process->deleteLater();
+            const bool succeeded = how == QProcess::NormalExit && status == 0;
+            const QByteArray said =
+                succeeded ? process->readAllStandardOutput() : process->readAllStandardError();
+            ended(how == QProcess::NormalExit ? status : 1, QString::fromUtf8(said).trimmed());
+        });
     process->start(command.first(), command.mid(1));
     process->write(line + '\n');
     process->closeWriteChannel();

@@ -7,7 +7,7 @@
 class QObject;
 
 /// Called when a command has ended, with its exit status (1 if it could not be started or was
-/// killed) and its standard error.
+/// killed) and what it said: on standard error or, when its status is 0, on standard output.
 using CommandEnd = std::function<void(int status, const QString& said)>;
 
 /// Runs a command, a program and its arguments, in a directory, with one line on its standard

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <QObject>
+
+#include "registered_networks.h"
+
+class QWidget;
+
+/// The jobs of a network's life, for the controls of a window: asks what a job needs, has
+/// `quorvale-network`, from beside this program, do it while a dialog waits that can end it, and
+/// says how it went. Belongs to the window.
+class NetworkJobs : public QObject {
+    Q_OBJECT
+
+public:
+    explicit NetworkJobs(QWidget& shown);
+
+    /// Opens the folder of the files that the network offers.
+    void open_folder(const RegisteredNetwork& network);
+    void rename(const RegisteredNetwork& network);
+    void copy(const RegisteredNetwork& network);
+    /// Moves the network to the desktop's bin, after a question.
+    void remove(const RegisteredNetwork& network);
+    void restore();
+
+signals:
+    /// A job was done: the networks of the registry may be others.
+    void done();
+
+private:
+    /// Runs the program; `doing` is said meanwhile.
+    void run(const QStringList& arguments, const QString& doing);
+    void say(bool succeeded, const QString& text);
+
+    QWidget& window;
+};
