@@ -181,6 +181,20 @@ class Programs(unittest.TestCase):
                 self.assertEqual((status, reason in err), (1, True), err)
                 self.assertEqual({*os.listdir(self.work), ".networks.lock"}, files)
 
+    def test_new_after_a_kill(self):
+        """What was half made is in nobody's way."""
+        self.place_template()
+        for command in ("django-admin", "cp", "diff", "sync"):
+            with self.subTest(command):
+                self.fake(command, "kill -9 0")
+                self.start(PROGRAMS / "quorvale-new", "Été").wait(60)
+                self.assertFalse((self.work / "networks.data").exists())
+                (self.work / "bin" / command).unlink()
+        (self.work / "Ete").rename(self.work / "whole")  # as it was when its place was to be synced
+        self.assertTrue((self.work / "whole/db.sqlite3").exists())
+        self.assertEqual(self.program("new", "Été")[0], 0)
+        self.assertFalse((self.work / ".creation").exists())
+
 
 if __name__ == "__main__":
     unittest.main()

@@ -2,6 +2,7 @@
 
 import fcntl
 import os
+import shutil
 import subprocess
 import sys
 import tempfile
@@ -9,13 +10,15 @@ import unittest
 from pathlib import Path
 
 SOURCE = Path(__file__).resolve().parent.parent
-START = SOURCE / "apps/start"
+PROGRAMS = {"bin": ["start/quorvale-start"],
+            "libexec/quorvale": ["start/refresh_files", "network/adoption.py", "network/registry.py"]}
 OLD = {"settings.py": "NEW = False\n", "urls.py": "", "hubs/__init__.py": "",
-       "hubs/processes.py": (SOURCE / "runtime/hubs/processes.py").read_text(),
+       **{f"hubs/{unit}.py": (SOURCE / f"runtime/hubs/{unit}.py").read_text()
+          for unit in ("names", "processes")},
        "hubs/views.py": "page = 1\n", "templates/deux mots.html": "1", "static/a.css": "1",
        "networks.data": "", "ressources/Bienvenue.txt": "1"}
 NEW = {"settings.py": "NEW = True\n", "urls.py": "from .hubs.views import page\n",
-       "hubs/views.py": "page = 2\n", "hubs/names.py": "", "templates/deux mots.html": "2",
+       "hubs/views.py": "page = 2\n", "hubs/later.py": "", "templates/deux mots.html": "2",
        "static/a.css": "2", "ressources/Bienvenue.txt": "2"}
 MANAGE = "import sys; import Atelier.urls\n"
 BROKEN = "page_of_mine = 1\n"
@@ -26,11 +29,10 @@ class Refresh(unittest.TestCase):
         directory = tempfile.TemporaryDirectory()
         self.addCleanup(directory.cleanup)
         self.root = Path(os.path.realpath(directory.name))
-        for folder, name in (("bin", "quorvale-start"), ("libexec/quorvale", "refresh_files")):
+        for folder, names in PROGRAMS.items():
             (self.root / folder).mkdir(parents=True)
-            (self.root / folder / name).write_bytes((START / name).read_bytes())
-            (self.root / folder / name).chmod(0o755)
-        (self.root / "libexec/quorvale/first_on_path").symlink_to(SOURCE / "tools/first_on_path")
+            for name in names:
+                shutil.copy(SOURCE / "apps" / name, self.root / folder)
         (self.root / "bin/quorvale-true").symlink_to("/bin/true")
         (self.root / "bin/quorvale-desk").write_text('#!/bin/sh\npwd; echo "$QUORVALE_NOTICE"\n')
         (self.root / "bin/quorvale-desk").chmod(0o755)
@@ -106,16 +108,16 @@ class Refresh(unittest.TestCase):
                 spoil()
                 self.assertIn(word, self.upgrade())
                 self.assertEqual(self.now("static/a.css"), "1")
-                self.assertFalse((self.package / "hubs/names.py").exists())
+                self.assertFalse((self.package / "hubs/later.py").exists())
 
     def test_what_a_power_cut_left(self):
         self.start()
         for file in ("urls.py", "settings.py", "hubs/__init__.py"):
-            for directory in (self.work, self.package):
+            for directory in (self.work / ".modele", self.package):
                 (directory / file).write_text("")
         said = self.start()
         self.assertIn("mis à jour\u00a0: settings.py.", said)
-        for directory in (self.work, self.package):
+        for directory in (self.work / ".modele", self.package):
             self.assertEqual((directory / "settings.py").read_text(), OLD["settings.py"])
 
     def test_python_without_django(self):
@@ -141,7 +143,7 @@ class Refresh(unittest.TestCase):
                 self.assertEqual(said.count("Rien ne peut être écrit"), 2)
                 self.assertIn(str(directory), said.splitlines())
         self.assertFalse((self.work / "style.qss").exists())
-        self.assertEqual(list(self.work.glob("*.??????")), [])
+        self.assertEqual(list(self.work.glob("tmp*")), [])
 
     def test_directory_that_others_hold(self):
         descriptor = os.open(self.work, os.O_RDONLY)
@@ -154,6 +156,22 @@ class Refresh(unittest.TestCase):
             self.skipTest("needs root")
         os.chown(self.work, 65534, 65534)
         self.assertIn("sans sudo", self.start(status=1))
+
+    def test_networks_are_adopted(self):
+        for name in ("Moved", "Unlisted", ".hidden", "Taken", "No network"):
+            self.write(self.work, {f"{name}/manage.py": MANAGE, f"{name}/nom.txt": f"À {name}\n"})
+            self.write(self.work / name / name, OLD if " " not in name else {})
+        self.write(self.work, {"Taken/nom.txt": "Atelier"})
+        (self.work / "link").symlink_to("Atelier")
+        (self.work / "networks.data").write_bytes(
+            f"Atelier|{self.project}|\nno network\nthé|/gone/Moved|".encode())
+        said = self.start(program="desk")
+        self.assertEqual(said.count("À Moved » : retrouvé"), 2)  # here, and in the window
+        self.assertEqual(said.count("À Unlisted » : trouvé"), 2)
+        self.assertEqual((self.work / "networks.data").read_bytes().replace(bytes(self.work), b""),
+                         b"Atelier|/Atelier|\nno network\n\xc0 Moved|/Moved|\n"
+                         b"\xc0 Unlisted|/Unlisted|\n")
+        self.assertEqual(self.start(), "")
 
     def test_network_in_use(self):
         self.write(self.project, {"manage.py": "import sys; print(flush=True); sys.stdin.read()"})

@@ -32,7 +32,8 @@ def _adopt_moved(lines, unlisted):
         if here in unlisted and not registry.is_network(network.directory):
             unlisted.remove(here)
             lines[network.number] = registry.line(network.recorded, here)
-            yield f"Réseau « {network.name} » : retrouvé ici, la liste des réseaux est corrigée."
+            found, = registry.networks([lines[network.number]])
+            yield f"Réseau « {found.name} » : retrouvé ici, la liste des réseaux est corrigée."
 
 
 def _adopt_unlisted(lines, unlisted):
@@ -42,30 +43,39 @@ def _adopt_unlisted(lines, unlisted):
         recorded = registry.recorded_name(name, here)
         if recorded not in (network.recorded for network in registry.networks(lines)):
             lines.append(registry.line(recorded, here))
-            yield f"Réseau « {name} » : trouvé ici, il est ajouté à la liste des réseaux."
+            yield f"Réseau « {name} » : trouvé ici, il est ajouté à la liste des réseaux."
 
 
-def follow_names(lines):
+def _follow_names(lines):
     """Have each line's name follow the network's nom.txt, unless another line has it."""
     for network in registry.networks(lines):
         wanted = registry.recorded_name(network.name, network.directory)
         taken = {other.recorded for other in registry.networks(lines)}
-        if (wanted not in taken and (network.directory / "nom.txt").exists()
-                and registry.is_network(network.directory)):
+        if (wanted not in taken and registry.is_network(network.directory)
+                and (network.directory / "nom.txt").exists()):
             lines[network.number] = registry.line(wanted, network.directory)
 
 
-def adopt():
-    """Put the registry right. Returns what to say, in French; an empty list from then on.
+def _correct(lines):
+    """Put the lines right. Returns what to say."""
+    listed = {os.path.realpath(network.directory) for network in registry.networks(lines)}
+    unlisted = [here for here in _standing() if str(here) not in listed]
+    said = [*_adopt_moved(lines, unlisted), *_adopt_unlisted(lines, unlisted)]
+    _follow_names(lines)
+    return said
 
-    Raises OSError, with the registry as it was, if it cannot be written."""
+
+def adopt():
+    """Put the registry right. Returns what to say, in French; nothing from then on.
+
+    Raises OSError, with the registry as it was, if it cannot be read or written."""
+    before = registry.read()
+    lines = list(before)
+    _correct(lines)
+    if lines == before:  # most often; nothing need be written then
+        return []
     with registry.locked():
-        before = registry.read()
-        lines = list(before)
-        listed = {os.path.realpath(network.directory) for network in registry.networks(lines)}
-        unlisted = [here for here in _standing() if os.path.realpath(here) not in listed]
-        said = [*_adopt_moved(lines, unlisted), *_adopt_unlisted(lines, unlisted)]
-        follow_names(lines)
-        if lines != before:
-            registry.write(lines)
+        lines = registry.read()
+        said = _correct(lines)
+        registry.write(lines)
     return said

@@ -5,8 +5,8 @@ A copy is a ZIP archive, nothing in it compressed. It holds nom.txt, secret_key,
 files below the folders ressources and depots, and those of the template's files that the operator
 changed or added. Neither hidden files nor links are in it.
 
-Whoever restores a copy may have it from anybody. So nothing in it is a program: the network gets
-the template's, and the operator's changes to programs (settings.py, urls.py, hubs) stay in the copy.
+Whoever restores a copy may have it from anybody, so no program is taken from it: the network gets
+the template's, and the operator's changes to those (settings.py, urls.py, hubs) stay in the copy.
 """
 
 import errno

@@ -18,7 +18,6 @@ _PREFIX = Path(__file__).resolve().parent.parent.parent
 # Where the programs are installed, and where they are built.
 TEMPLATE = next(path for path in (_PREFIX / "share/quorvale", _PREFIX / "runtime")
                 if path.is_dir())
-sys.dont_write_bytecode = True  # the template is copied as it stands
 sys.path.append(str(TEMPLATE / "hubs"))
 import names  # noqa: E402
 import processes  # noqa: E402

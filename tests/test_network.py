@@ -1,0 +1,288 @@
+#!/usr/bin/python3
+"""Usage: test_network.py PROGRAMS. The jobs of a network's life, by quorvale-network."""
+
+import os
+import shutil
+import sqlite3
+import stat
+import subprocess
+import sys
+import tempfile
+import threading
+import unittest
+import zipfile
+from pathlib import Path
+
+SOURCE = Path(__file__).resolve().parent.parent
+PROGRAMS = Path(sys.argv.pop())
+RECORDED = b"\xc9t\xe9|/Ete|\nnot a network\nForge|/Forge|"
+# Ends the program at one of the steps that change something, as a kill does.
+KILLS = """
+import os, sys
+steps = int(os.environ["STEPS"])
+def count(event, arguments):
+    global steps
+    if event in ("os.rename", "os.remove", "os.mkdir", "fcntl.flock", "subprocess.Popen",
+                 "sqlite3.connect", "os.utime") or (event == "open" and arguments[2] & 3):
+        steps -= 1
+        if steps < 0:
+            os.kill(os.getpid(), 9)
+sys.addaudithook(count)
+"""
+
+
+class Network(unittest.TestCase):
+    @classmethod
+    def setUpClass(cls):
+        directory = tempfile.TemporaryDirectory()
+        cls.addClassCleanup(directory.cleanup)
+        cls.made = Path(directory.name, "Tesquin")
+        cls.made.mkdir()
+        for part in ("settings.py", "urls.py", "hubs", "ressources", "templates", "static"):
+            copy = shutil.copytree if (SOURCE / "runtime" / part).is_dir() else shutil.copy
+            (cls.made / ".modele").mkdir(exist_ok=True)
+            copy(SOURCE / "runtime" / part, cls.made / ".modele" / part)
+        for name in ("Été", "Forge"):
+            subprocess.run([PROGRAMS / "quorvale-new", name], cwd=cls.made, check=True,
+                           stdout=subprocess.DEVNULL)
+
+    def setUp(self):
+        directory = tempfile.TemporaryDirectory()
+        self.addCleanup(directory.cleanup)
+        self.root = Path(directory.name).resolve()
+        self.work = self.new_work("Tesquin", RECORDED)
+        self.project = self.work / "Ete"
+        self.package = self.project / "Ete"
+        self.copy = self.root / "copie"
+        self.environment = {**os.environ, "LC_ALL": "C", "PYTHONUTF8": "0", "HOME": str(self.root)}
+
+    def new_work(self, name, recorded, ignore=None):
+        work = self.root / name
+        shutil.copytree(self.made, work, ignore=ignore)
+        (work / "networks.data").write_bytes(recorded.replace(b"|/", b"|" + bytes(work) + b"/"))
+        return work
+
+    def run_it(self, *words, work=None, programs=PROGRAMS, **environment):
+        done = subprocess.run([programs / "quorvale-network", *words], cwd=work or self.work,
+                              env={**self.environment, **environment}, capture_output=True,
+                              text=True, check=False)
+        return done.returncode, done.stdout, done.stderr
+
+    def done(self, *words, **options):
+        status, out, err = self.run_it(*words, **options)
+        self.assertEqual((status, err), (0, ""))
+        return out
+
+    def refused(self, reason, *words, **options):
+        """Refused for that reason, in a line, with everything as before."""
+        before = self.everything()
+        status, out, err = self.run_it(*words, **options)
+        self.assertEqual((status, out, err.count("\n")), (1, "", 1), err)
+        self.assertIn(reason, err)
+        self.assertEqual(self.everything(), before)
+
+    def everything(self):
+        return {path: path.lstat().st_ino for path in self.root.rglob("*")
+                if path.name != ".networks.lock" and self.copy not in (path, *path.parents)}
+
+    def registry(self, work=None):
+        work = work or self.work
+        return (work / "networks.data").read_bytes().replace(bytes(work), b"")
+
+    def serve(self):
+        (self.project / "manage.py").write_text("import sys; print(flush=True); sys.stdin.read()")
+        server = subprocess.Popen([sys.executable, "manage.py", "runserver"], cwd=self.project,
+                                  stdin=subprocess.PIPE, stdout=subprocess.PIPE)
+        self.addCleanup(server.communicate)
+        server.stdout.readline()
+
+    def test_command_line(self):
+        for words in ((), ("lists",), ("copy", "Forge"), ("list", "a"), ("remove", ""), ("-x",)):
+            status, out, err = self.run_it(*words)
+            self.assertEqual((status, out, err[:5]), (2, "", "Usage"), words)
+        self.assertEqual(self.done("-h"), self.done("--help"))
+        self.assertRegex(self.done("--version"), r"\AQuorvale [0-9.]+\n\Z")
+
+    def test_list_and_rename(self):
+        self.serve()
+        (self.work / "Forge/manage.py").unlink()
+        lines = [line.split("\t") for line in self.done("list").splitlines()]
+        self.assertGreater(int(lines[0].pop(2)), 100_000)
+        self.assertEqual(lines, [["Été", str(self.project), "servi"],
+                                 ["Forge", str(self.work / "Forge"), "0", "absent"]])
+        for wanted, name in (("Été", "-L'œil | & \t là"), (str(self.project), "théâtre"),
+                             ("Ete", "Été")):
+            self.done("rename", "--", wanted, name)
+        self.done("rename", "--", "Été", "-L'œil | & \t là")
+        self.assertEqual((self.project / "nom.txt").read_text(), "-L'œil | & là\n")
+        self.assertEqual(self.registry(), b"-L'oeil && l\xe0" + RECORDED[3:] + b"\n")
+        for reason, *names in (
+                ("déjà «", "-L'œil | & là", "-L'œil | & là"), ("un autre", "Ete", "Forge"),
+                ("donnez", "Ete", " "), ("aucun réseau", "A", "B"), ("plus", "Forge", "A")):
+            self.refused(reason, "rename", "--", *names)
+
+    def test_copy_and_restore(self):
+        """While it is served and its accounts change; into another home."""
+        ressources, pages = self.package / "ressources", self.package / "templates"
+        (ressources / "Suites").mkdir()
+        for path, content in ((ressources / "Suites/é.txt", "é"), (ressources / ".tmp1", "half"),
+                              (self.package / "depots/Zoé — a", "a"), (pages / "404.html", "mine"),
+                              (self.package / "hubs/own.py", "1 / 0"), (pages / "own.html", "")):
+            path.parent.mkdir(exist_ok=True)
+            path.write_text(content)
+        (ressources / "Bienvenue.txt").unlink()
+        (ressources / "passwd").symlink_to("/etc/passwd")
+        os.utime(ressources / "Suites/é.txt", (1_000_000_000, 1_000_000_000))
+        self.serve()
+        ended = threading.Event()
+        writer = threading.Thread(target=self.change_accounts, args=(ended,))
+        writer.start()
+        try:
+            self.done("copy", "Été", str(self.copy))
+        finally:
+            ended.set()
+            writer.join()
+        self.assertEqual(stat.S_IMODE(self.copy.stat().st_mode), 0o600)
+        for target in (self.copy, self.root / "none/copie"):
+            self.refused("existe", "copy", "Été", str(target))
+        self.refused("déjà enregistré", "restore", str(self.copy))
+
+        work = self.new_work("Autre/Tesquin", b"Forge|/Forge|\n", shutil.ignore_patterns("nom.txt"))
+        out = self.done("restore", "copie", work=work, QUORVALE_CALLER_DIR=str(self.root))
+        self.assertIn("dans la copie\u00a0: hubs/own.py.", out)
+        # The directory was there, of a network that is not listed.
+        self.assertEqual(self.registry(work), b"Forge|/Forge|\n\xc9t\xe9|/Ete_2|\n")
+        project, package = work / "Ete_2", work / "Ete_2/Ete_2"
+        for folder, names in (("ressources", ["Suites", "Suites/é.txt"]), ("depots", ["Zoé — a"])):
+            found = sorted(str(path.relative_to(package / folder))
+                           for path in (package / folder).rglob("*"))
+            self.assertEqual(found, names)
+        self.assertEqual((package / "ressources/Suites/é.txt").stat().st_mtime, 1_000_000_000)
+        self.assertEqual(stat.S_IMODE((package / "depots/Zoé — a").stat().st_mode), 0o600)
+        self.assertEqual((package / "templates/404.html").read_text(), "mine")
+        self.assertTrue((package / "templates/own.html").exists())
+        self.assertFalse((package / "hubs/own.py").exists())
+        self.assertEqual((project / "secret_key").read_text(),
+                         (self.project / "secret_key").read_text())
+        with sqlite3.connect(project / "db.sqlite3") as database:
+            self.assertEqual(len(set(database.execute("SELECT email FROM auth_user"))), 1)
+        self.assertNotIn(".restauration", os.listdir(work))
+
+    def change_accounts(self, ended):
+        with sqlite3.connect(self.project / "db.sqlite3") as database:
+            database.executemany(
+                "INSERT INTO auth_user VALUES (?, '', NULL, 0, ?, '', '', 0, 0, '', '')",
+                [(number, str(number)) for number in range(5000)])
+        for number in range(10_000):
+            with sqlite3.connect(self.project / "db.sqlite3") as database:
+                database.execute("UPDATE auth_user SET email = ?", [str(number)])
+            if ended.is_set():
+                return
+
+    def archive(self, files, comment=b"Quorvale 1", **changes):
+        """A copy that holds these files."""
+        with zipfile.ZipFile(self.copy, "w") as archive:
+            archive.comment = comment
+            for name, content in files.items():
+                info = zipfile.ZipInfo(name)
+                for change, value in changes.get(name, changes.get("all", {})).items():
+                    setattr(info, change, value)
+                archive.writestr(info, content)
+
+    def test_hostile_copies(self):
+        def database(*statements):
+            path = self.root / "made.sqlite3"
+            shutil.copy(self.project / "db.sqlite3", path)
+            with sqlite3.connect(path) as opened:
+                for statement in statements:
+                    opened.execute(statement)
+            content = path.read_bytes()
+            path.unlink()
+            return content
+
+        fit = {"nom.txt": "Copie", "db.sqlite3": database(), "ressources/a": "a"}
+        link = {"external_attr": (stat.S_IFLNK | 0o777) << 16}
+        for name in ("../out", "/tmp/out", "ressources/../../out", "ressources//a", "ressources/",
+                     "manage.py", "wsgi.py", ".quorvale-files", "ressources/.a", "ressources",
+                     "ressources/a\nb", "ressources/a/b", "ressources/" + "n" * 256,
+                     "ressources/" + "d/" * 40 + "a", "ressources/\u202egpj.exe", "Ete/hubs/a"):
+            with self.subTest(name):
+                self.archive({**fit, name: "x"})
+                self.refused("pas une copie", "restore", str(self.copy))
+        key = {**fit, "secret_key": "x\n"}
+        nameless = {name: fit[name] for name in ("db.sqlite3", "ressources/a")}
+        for name, files, changes in (
+                ("no copy", fit, {"comment": b""}), ("nameless", nameless, {}),
+                ("link", {**fit, "ressources/l": "/etc/passwd"}, {"ressources/l": link}),
+                ("device", fit, {"ressources/a": {"external_attr": (stat.S_IFCHR | 0o666) << 16}}),
+                ("compressed", fit, {"ressources/a": {"compress_type": zipfile.ZIP_DEFLATED}}),
+                ("key", key, {}), ("no database", {**fit, "db.sqlite3": "x" * 9999}, {}),
+                ("trigger", {**fit, "db.sqlite3": database(
+                    "CREATE TRIGGER t AFTER UPDATE ON auth_user BEGIN"
+                    " UPDATE auth_user SET is_superuser = 1; END")}, {}),
+                ("view", {**fit, "db.sqlite3": database("CREATE VIEW v AS SELECT 1")}, {}),
+                ("empty", {**fit, "db.sqlite3": database("DROP TABLE auth_user")}, {})):
+            with self.subTest(name):
+                self.archive(files, **changes)
+                self.refused("pas une copie", "restore", str(self.copy))
+        self.archive({**fit, "ressources/large": b"x" * 100_000})
+        whole = self.copy.read_bytes()
+        for name, content in (("cut", whole[:-10_000]), ("changed", whole.replace(b"xxx", b"xyx")),
+                              ("empty", b"")):
+            with self.subTest(name):
+                self.copy.write_bytes(content)
+                self.refused("pas une copie", "restore", str(self.copy))
+        self.copy.unlink()
+        self.refused("n'existe pas", "restore", str(self.copy))
+        os.mkfifo(self.copy)
+        self.refused("pas une copie", "restore", str(self.copy))
+
+    def test_remove(self):
+        self.serve()
+        self.refused("arrêtez-le", "remove", "Été")
+        (self.root / "gio").write_text("#!/bin/sh\nexit 1")
+        (self.root / "gio").chmod(0o755)
+        before = self.registry()
+        status, out, err = self.run_it("remove", "Forge", PATH=f"{self.root}:/usr/bin:/bin")
+        self.assertEqual((status, out, "corbeille" in err), (1, "", True))
+        self.assertEqual(self.registry().strip(), before)
+        self.done("remove", "Forge", XDG_DATA_HOME=str(self.root / "data"))
+        self.assertTrue((self.root / "data/Trash/files/Forge/db.sqlite3").exists())
+        self.assertEqual(self.registry(), RECORDED.removesuffix(b"Forge|/Forge|"))
+
+    def test_kills(self):
+        """At every step: the old or the new, and the next try works."""
+        programs = self.root / "programs"
+        programs.mkdir()
+        (programs / "quorvale-network").symlink_to(SOURCE / "apps/network/quorvale-network")
+        (programs / "quorvale-new").write_text("#!/bin/sh\n")
+        (programs / "quorvale-new").chmod(0o755)
+        (programs / "sitecustomize.py").write_text(KILLS)
+        self.done("copy", "Forge", str(self.root / "old"))
+        names = (b"\xc9t\xe9", b"Caf\xe9")
+        for words in (("rename", "Ete", "Café"), ("copy", "Forge", str(self.copy)),
+                      ("restore", str(self.root / "old")), ("remove", "Forge")):
+            for steps in range(1000):
+                status, _, err = self.run_it(
+                    *words, programs=programs, PYTHONPATH=str(programs), STEPS=str(steps),
+                    XDG_DATA_HOME=str(self.root / "data"))
+                if status == 0:
+                    break
+                self.assertEqual((status, err), (-9, ""), words)
+                lines = self.registry().split(b"\n")
+                self.assertIn(lines[0], [name + b"|/Ete|" for name in names])
+                self.assertIn((self.project / "nom.txt").read_text(), ("Été\n", "Café\n"))
+                if self.copy.exists():
+                    self.assertIsNone(zipfile.ZipFile(self.copy).testzip())
+                    self.copy.unlink()
+                if words[0] == "remove":  # it stands, or is listed no more
+                    self.assertTrue((self.work / "Forge").exists() or b"Forge" not in lines[-1])
+                    (self.work / "networks.data").write_bytes(before)
+            self.assertGreater(steps, 2, words)
+            before = (self.work / "networks.data").read_bytes()
+        self.assertEqual(sorted(os.listdir(self.work)),
+                         [".modele", ".networks.lock", "Ete", "networks.data"])
+
+
+if __name__ == "__main__":
+    unittest.main()
