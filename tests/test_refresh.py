@@ -10,8 +10,9 @@ import unittest
 from pathlib import Path
 
 SOURCE = Path(__file__).resolve().parent.parent
-PROGRAMS = {"bin": ["start/quorvale-start"],
-            "libexec/quorvale": ["start/refresh_files", "network/adoption.py", "network/registry.py"]}
+PROGRAMS = {"bin": ["apps/start/quorvale-start"],
+            "libexec/quorvale": ["apps/start/refresh_files", "apps/network/adoption.py",
+                                 "apps/network/registry.py", "tools/first_on_path"]}
 OLD = {"settings.py": "NEW = False\n", "urls.py": "", "hubs/__init__.py": "",
        **{f"hubs/{unit}.py": (SOURCE / f"runtime/hubs/{unit}.py").read_text()
           for unit in ("names", "processes")},
@@ -32,7 +33,7 @@ class Refresh(unittest.TestCase):
         for folder, names in PROGRAMS.items():
             (self.root / folder).mkdir(parents=True)
             for name in names:
-                shutil.copy(SOURCE / "apps" / name, self.root / folder)
+                shutil.copy(SOURCE / name, self.root / folder)
         (self.root / "bin/quorvale-true").symlink_to("/bin/true")
         (self.root / "bin/quorvale-desk").write_text('#!/bin/sh\npwd; echo "$QUORVALE_NOTICE"\n')
         (self.root / "bin/quorvale-desk").chmod(0o755)
