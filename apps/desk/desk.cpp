@@ -1,6 +1,7 @@
 #include "desk.h"
 
 #include <QApplication>
+#include <QFile>
 #include <QLabel>
 #include <QMessageBox>
 #include <QPushButton>
@@ -11,6 +12,7 @@
 #include "creation_form.h"
 #include "hub_utilities.h"
 #include "label_button.h"
+#include "network_list.h"
 #include "network_names.h"
 #include "open_url.h"
 #include "registered_networks.h"
@@ -22,20 +24,6 @@ namespace {
 
 QPushButton* stop_button(const QWidget& window) {
     return window.findChild<QPushButton*>(QStringLiteral("stop_button"));
-}
-
-QList<QPushButton*> network_buttons(const QWidget& window) {
-    return window.findChildren<QPushButton*>(QStringLiteral("network_button"));
-}
-
-/// As much of a name as there is room for, and a mark behind it.
-void set_caption(QPushButton& button, const QString& name, const QString& mark) {
-    const int column = 280;  // pixels, what the home screen has beside its picture
-    const QFontMetrics letters = button.fontMetrics();
-    const int room = column - letters.horizontalAdvance(mark);
-    QString shown = letters.elidedText(name, Qt::ElideRight, room);
-    button.setToolTip(shown == name ? QString() : name);
-    button.setText(shown.replace(QLatin1Char('&'), QStringLiteral("&&")) + mark);
 }
 
 void open_page() {
@@ -82,15 +70,14 @@ void Desk::show_home(const QString& focused_network) {
     new_window();
     read_networks();
     wire_home();
-    const QList<QPushButton*> buttons = network_buttons(*window);
-    for (int i = buttons.size() - 1; i >= 0; --i) {
+    mark_running();
+    for (int i = list->buttons().size() - 1; i >= 0; --i) {
         const std::string& name = networks[static_cast<std::size_t>(i)]->name;
         if (i == 0 || latin1_text(name) == focused_network) {
-            buttons[i]->setFocus();
+            list->focus(i);
             break;
         }
     }
-    mark_running();
     marking.start(2000);
 }
 
@@ -104,6 +91,7 @@ void Desk::wire_home() {
         hint->setWordWrap(true);
         form_label->parentWidget()->layout()->addWidget(hint);
     }
+    list = new NetworkList(*window);
     // The desk looks first whether the network can be started.
     auto* mapper = window->findChild<QSignalMapper*>(QStringLiteral("network_mapper"));
     mapper->disconnect(window.get());
@@ -111,13 +99,13 @@ void Desk::wire_home() {
 }
 
 void Desk::mark_running() {
-    const QString mark = QStringLiteral("   ● en marche");
-    const QList<QPushButton*> buttons = network_buttons(*window);
-    for (int i = 0; i < buttons.size() && i < static_cast<int>(networks.size()); ++i) {
-        const Network& network = *networks[static_cast<std::size_t>(i)];
-        const bool runs = !find_server_processes(network.path).empty();
-        set_caption(*buttons[i], shown_name(network.name), runs ? mark : QString());
+    QVector<NetworkEntry> entries;
+    for (const auto& network : networks) {
+        const bool runs = !find_server_processes(network->path).empty();
+        entries.push_back({shown_name(network->name), QFile::decodeName(network->path.c_str()),
+                           runs ? QStringLiteral("● en marche") : QString()});
     }
+    list->show_entries(entries);
 }
 
 void Desk::show_form() {

@@ -11,6 +11,8 @@
 #include "networkselectionwindow.h"
 #include "start_watch.h"
 
+class NetworkList;
+
 /// The operator's desk: the network selection window with an action behind every control. The
 /// window builds its screens as ever; the desk finds the widgets on them and connects them. Where
 /// a window has no way back to the home screen, the desk replaces it by a new one.
@@ -48,6 +50,7 @@ private:
 
     std::unique_ptr<NetworkSelectionWindow> window;
     std::vector<std::unique_ptr<Network>> networks;  ///< in the order of the buttons
+    NetworkList* list = nullptr;                     ///< of the home screen
     const Network* chosen = nullptr;
     QPointer<StartWatch> watch;
     QTimer marking;

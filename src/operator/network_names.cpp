@@ -18,7 +18,8 @@ QByteArray output_of_python(const QStringList& arguments) {
     return python.readAllStandardOutput();
 }
 
-/// The text in plain letters, as far as it has some.
+}  // namespace
+
 QString without_accents(QString text) {
     // Letters that are no composition of a plain one and a mark.
     const std::pair<QString, QString> letters[] = {
@@ -33,8 +34,6 @@ QString without_accents(QString text) {
     static const QRegularExpression mark(QStringLiteral(R"(\p{Mn})"));
     return text.normalized(QString::NormalizationForm_KD).remove(mark);
 }
-
-}  // namespace
 
 QSet<QString> python_names() {
     const QString program = QStringLiteral(

@@ -10,6 +10,9 @@
 /// directory would hide. Empty when python3 cannot be asked.
 QSet<QString> python_names();
 
+/// Returns the text in plain letters, as far as it has some.
+QString without_accents(QString text);
+
 /// Returns the name of a network's directory, a Python identifier of ASCII letters that is not
 /// reserved: the display name without its accents, an underscore for whatever else stands
 /// between letters and digits. "Reseau" stands in front of a digit and for a name without letters.

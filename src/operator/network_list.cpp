@@ -1,0 +1,169 @@
+#include "network_list.h"
+
+#include <QApplication>
+#include <QFontInfo>
+#include <QGridLayout>
+#include <QKeyEvent>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QScrollArea>
+#include <QVBoxLayout>
+#include <algorithm>
+#include <cmath>
+
+#include "network_names.h"
+#include "screen_pieces.h"
+
+namespace {
+
+QString folded(const QString& text) {
+    return without_accents(text).toCaseFolded();
+}
+
+/// A widget that scrolls, without a ground of its own: the page's is seen.
+QScrollArea* bare_scroll_area() {
+    auto* area = named("network_scroll", new QScrollArea);
+    area->setFrameShape(QFrame::NoFrame);
+    area->setWidgetResizable(true);
+    area->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    area->setFocusPolicy(Qt::NoFocus);
+    area->setWidget(new QWidget);
+    area->widget()->setAutoFillBackground(false);
+    area->viewport()->setAutoFillBackground(false);
+    return area;
+}
+
+}  // namespace
+
+NetworkList::NetworkList(QWidget& window)
+    : QObject(window.findChild<QWidget*>(QStringLiteral("network_list"))),
+      entries(window.findChildren<QPushButton*>(QStringLiteral("network_button")).toVector()),
+      texts(entries.size()),
+      scroll(bare_scroll_area()) {
+    window.layout()->setAlignment({});  // the list gets all the height that is left
+    auto* column = static_cast<QVBoxLayout*>(static_cast<QWidget*>(parent())->layout());
+    rows = new QGridLayout(scroll->widget());
+    rows->setContentsMargins(0, 0, 0, 0);
+    rows->setVerticalSpacing(4);
+    rows->setColumnStretch(0, 1);
+    for (int i = 0; i < entries.size(); ++i) {
+        const int letter = QFontInfo(QApplication::font()).pixelSize();
+        entries[i]->setMinimumHeight(std::max(28, static_cast<int>(std::ceil(2.2 * letter))));
+        entries[i]->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
+        rows->addWidget(entries[i], i, 0);
+        texts[i].name = entries[i]->text();
+    }
+    rows->setRowStretch(entries.size() + 1, 1);
+    if (entries.size() >= filtered_from) {
+        add_filter();
+        column->addWidget(filter);
+    }
+    column->addWidget(scroll, 1);
+    scroll->viewport()->installEventFilter(this);
+    connect(qApp, &QApplication::focusChanged, scroll, [this](QWidget*, QWidget* now) {
+        if (now != nullptr && scroll->widget()->isAncestorOf(now)) {
+            scroll->ensureWidgetVisible(now, 0, 4);
+        }
+    });
+}
+
+const QVector<QPushButton*>& NetworkList::buttons() const {
+    return entries;
+}
+
+void NetworkList::add_filter() {
+    filter = named("filter_field", new QLineEdit);
+    filter->setPlaceholderText(QStringLiteral("Filtrer"));
+    filter->setAccessibleName(QStringLiteral("Filtrer"));
+    filter->setClearButtonEnabled(true);
+    filter->installEventFilter(this);
+    connect(filter, &QLineEdit::textChanged, this, &NetworkList::show_matching);
+}
+
+void NetworkList::show_matching(const QString& typed) {
+    const QString wanted = folded(typed.simplified());
+    for (int i = 0; i < entries.size(); ++i) {
+        const bool matches =
+            folded(texts[i].name).contains(wanted) || texts[i].detail.contains(wanted);
+        for (const int column : {0, 1}) {
+            if (QLayoutItem* item = rows->itemAtPosition(i, column)) {
+                item->widget()->setVisible(matches);
+            }
+        }
+    }
+    scroll->ensureVisible(0, 0);
+}
+
+void NetworkList::focus_first() {
+    for (QPushButton* button : std::as_const(entries)) {
+        if (!button->isHidden()) {
+            button->setFocus();
+            return;
+        }
+    }
+}
+
+void NetworkList::focus(int entry) {
+    entries[entry]->setFocus();
+    scroll->widget()->adjustSize();  // its rows may not have been laid out yet
+    rows->activate();
+    scroll->ensureWidgetVisible(entries[entry], 0, 4);
+}
+
+void NetworkList::show_entries(const QVector<NetworkEntry>& shown) {
+    if (texts != shown) {
+        texts = shown;
+        set_captions();
+    }
+}
+
+void NetworkList::set_captions() {
+    for (int i = 0; i < entries.size(); ++i) {
+        set_caption(i);
+    }
+}
+
+void NetworkList::set_caption(int entry) {
+    const NetworkEntry& text = texts[entry];
+    const auto same = std::count_if(texts.begin(), texts.end(), [&text](const NetworkEntry& other) {
+        return other.name == text.name;
+    });
+    const QString end =
+        (same > 1 && !text.detail.isEmpty() ? QStringLiteral("   ") + text.detail : QString()) +
+        (text.mark.isEmpty() ? QString() : QStringLiteral("   ") + text.mark);
+    QPushButton& button = *entries[entry];
+    const int border_and_padding = 28;
+    const int room = button.width() - border_and_padding;
+    const QFontMetrics letters = button.fontMetrics();
+    const QString name = letters.elidedText(
+        text.name, Qt::ElideRight, std::max(room - letters.horizontalAdvance(end), room / 3));
+    button.setText(QString(name + end).replace(QLatin1Char('&'), QStringLiteral("&&")));
+    button.setAccessibleName(text.name + end);
+    button.setToolTip(name == text.name ? QString() : text.name + end);
+}
+
+void NetworkList::add_beside(int entry, QWidget* widget) {
+    rows->addWidget(widget, entry, 1);
+    QWidget::setTabOrder(entries[entry], widget);
+}
+
+void NetworkList::add_below(QWidget* widget) {
+    rows->addWidget(widget, entries.size(), 0, 1, 2);
+}
+
+bool NetworkList::eventFilter(QObject* object, QEvent* event) {
+    if (event->type() == QEvent::Resize && object == scroll->viewport()) {
+        QMetaObject::invokeMethod(this, &NetworkList::set_captions, Qt::QueuedConnection);
+    } else if (event->type() == QEvent::KeyPress && object == filter) {
+        const int key = static_cast<const QKeyEvent*>(event)->key();
+        if (key == Qt::Key_Return || key == Qt::Key_Enter || key == Qt::Key_Down) {
+            focus_first();  // the dialog would press its first button, whatever is typed
+            return true;
+        }
+        if (key == Qt::Key_Escape && !filter->text().isEmpty()) {
+            filter->clear();
+            return true;
+        }
+    }
+    return QObject::eventFilter(object, event);
+}

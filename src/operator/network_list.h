@@ -1,0 +1,65 @@
+#pragma once
+
+#include <QObject>
+#include <QString>
+#include <QVector>
+
+class QGridLayout;
+class QLineEdit;
+class QPushButton;
+class QScrollArea;
+
+/// What an entry of a list of networks says.
+struct NetworkEntry {
+    QString name;
+    QString detail{};  ///< an address, for instance: shown where two names are equal
+    QString mark{};    ///< stands behind the name; may be empty
+
+    bool operator==(const NetworkEntry& other) const {
+        return name == other.name && detail == other.detail && mark == other.mark;
+    }
+};
+
+/// Makes the list of networks of a window hold any number of them: the buttons scroll, are large
+/// enough to be read and clicked in the desktop's own font, and from ten on the field
+/// "filter_field" above them shows only those whose name holds what is typed, accents and case
+/// aside. Belongs to the window's "network_list".
+class NetworkList : public QObject {
+public:
+    static constexpr int filtered_from = 10;
+
+    /// Takes over the "network_button"s of the window's screen.
+    explicit NetworkList(QWidget& window);
+
+    /// Returns the buttons in their order.
+    const QVector<QPushButton*>& buttons() const;
+
+    /// Sets what the buttons say, in their order: as much of a name as there is room for, all of it
+    /// in the tool tip and to a screen reader.
+    void show_entries(const QVector<NetworkEntry>& shown);
+
+    /// Puts a widget at the right of a button.
+    void add_beside(int entry, QWidget* widget);
+
+    /// Puts a widget below all entries; it scrolls with them.
+    void add_below(QWidget* widget);
+
+    /// Gives the focus to a button, and scrolls to it.
+    void focus(int entry);
+
+protected:
+    bool eventFilter(QObject* object, QEvent* event) override;
+
+private:
+    void add_filter();
+    void show_matching(const QString& typed);
+    void focus_first();
+    void set_captions();
+    void set_caption(int entry);
+
+    QVector<QPushButton*> entries;
+    QVector<NetworkEntry> texts;
+    QGridLayout* rows;
+    QScrollArea* scroll;
+    QLineEdit* filter = nullptr;
+};
