@@ -42,6 +42,7 @@ NetworkList::NetworkList(QWidget& window)
       scroll(bare_scroll_area()) {
     window.layout()->setAlignment({});  // the list gets all the height that is left
     auto* column = static_cast<QVBoxLayout*>(static_cast<QWidget*>(parent())->layout());
+    column->setContentsMargins(9, 0, 9, 0);
     rows = new QGridLayout(scroll->widget());
     rows->setContentsMargins(0, 0, 0, 0);
     rows->setVerticalSpacing(4);
@@ -128,18 +129,21 @@ void NetworkList::set_caption(int entry) {
     const auto same = std::count_if(texts.begin(), texts.end(), [&text](const NetworkEntry& other) {
         return other.name == text.name;
     });
-    const QString end =
-        (same > 1 && !text.detail.isEmpty() ? QStringLiteral("   ") + text.detail : QString()) +
-        (text.mark.isEmpty() ? QString() : QStringLiteral("   ") + text.mark);
+    const QString between = QStringLiteral("   ");
+    const QString detail = same > 1 && !text.detail.isEmpty() ? between + text.detail : QString();
+    const QString mark = text.mark.isEmpty() ? QString() : between + text.mark;
     QPushButton& button = *entries[entry];
-    const int border_and_padding = 28;
-    const int room = button.width() - border_and_padding;
     const QFontMetrics letters = button.fontMetrics();
-    const QString name = letters.elidedText(
-        text.name, Qt::ElideRight, std::max(room - letters.horizontalAdvance(end), room / 3));
-    button.setText(QString(name + end).replace(QLatin1Char('&'), QStringLiteral("&&")));
-    button.setAccessibleName(text.name + end);
-    button.setToolTip(name == text.name ? QString() : text.name + end);
+    const int border_and_padding = 28;
+    const int room = button.width() - border_and_padding - letters.horizontalAdvance(mark);
+    const QString end = letters.elidedText(detail, Qt::ElideMiddle, room * 2 / 3);
+    const QString name =
+        letters.elidedText(text.name, Qt::ElideRight, room - letters.horizontalAdvance(end));
+    const QString all = text.name + detail + mark;
+    const QString caption = name + end + mark;
+    button.setText(QString(caption).replace(QLatin1Char('&'), QStringLiteral("&&")));
+    button.setAccessibleName(all);
+    button.setToolTip(caption == all ? QString() : all);
 }
 
 void NetworkList::add_beside(int entry, QWidget* widget) {
