@@ -262,6 +262,7 @@ class Network(unittest.TestCase):
         names = (b"\xc9t\xe9", b"Caf\xe9")
         for words in (("rename", "Ete", "Café"), ("copy", "Forge", str(self.copy)),
                       ("restore", str(self.root / "old")), ("remove", "Forge")):
+            before = (self.work / "networks.data").read_bytes()
             for steps in range(1000):
                 status, _, err = self.run_it(
                     *words, programs=programs, PYTHONPATH=str(programs), STEPS=str(steps),
@@ -279,7 +280,6 @@ class Network(unittest.TestCase):
                     self.assertTrue((self.work / "Forge").exists() or b"Forge" not in lines[-1])
                     (self.work / "networks.data").write_bytes(before)
             self.assertGreater(steps, 2, words)
-            before = (self.work / "networks.data").read_bytes()
         self.assertEqual(sorted(os.listdir(self.work)),
                          [".modele", ".networks.lock", "Ete", "networks.data"])
 
