@@ -66,9 +66,10 @@ def networks(lines):
     for number, fields in enumerate(text.split(b"|") for text in lines):
         if len(fields) > 2 and b"\0" not in fields[1]:
             directory = Path(os.fsdecode(fields[1]))
-            otherwise = fields[0].decode("latin-1").replace("&&", "&")
-            found.append(Network(number, names.display_name(directory, otherwise), fields[0],
-                                 directory))
+            name = (names.from_file(directory / "nom.txt")
+                    or names.clean(fields[0].decode("latin-1").replace("&&", "&"))
+                    or names.display_name(directory))
+            found.append(Network(number, name, fields[0], directory))
     return found
 
 

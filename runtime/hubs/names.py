@@ -44,7 +44,8 @@ def _open_without_waiting(path, flags):
     return os.open(path, flags | os.O_NONBLOCK)  # it could be a FIFO
 
 
-def _from_file(path):
+def from_file(path):
+    """The name that stands in a file; empty if there is none."""
     try:
         with open(path, "rb", opener=_open_without_waiting) as file:
             content = file.read(10 * LONGEST) or b""
@@ -61,7 +62,7 @@ def _from_file(path):
 
 def display_name(project=PROJECT):
     """The network's name, never empty."""
-    return _from_file(project / "nom.txt") or clean(project.name) or "Quorvale"
+    return from_file(project / "nom.txt") or clean(project.name) or "Quorvale"
 
 
 def _nearest(char):
