@@ -4,10 +4,12 @@
 import fcntl
 import os
 import pty
+import re
 import shutil
 import socket
 import sys
 import termios
+import time
 import unittest
 from pathlib import Path
 
@@ -34,7 +36,8 @@ class ServerTest(ServedNetworkTest):
         etag, modified = headers["ETag"], headers["Last-Modified"]
         for asked, status, came, body in [
                 ({"Range": "bytes=2-4"}, 206, f"bytes 2-4/{size}", b"234"),
-                ({"Range": f"bytes={size - 2}-"}, 206, f"bytes {size - 2}-{size - 1}/{size}", b"nd"),
+                ({"Range": f"bytes={size - 2}-"}, 206, f"bytes {size - 2}-{size - 1}/{size}",
+                 b"nd"),
                 ({"Range": "bytes=-3"}, 206, f"bytes {size - 3}-{size - 1}/{size}", b"end"),
                 ({"Range": f"bytes={size}-"}, 416, f"bytes */{size}", b""),
                 ({"Range": "bytes=0-0", "If-Range": etag}, 206, f"bytes 0-0/{size}", b"0"),
@@ -68,6 +71,26 @@ class ServerTest(ServedNetworkTest):
                     client.sendall(head % b"_infos/kl/")
                     self.assertEqual(stream.readline()[9:12] == b"200", whole)
 
+    def test_slow_visitors(self):
+        """Who says nothing is not waited for, nor who goes on sending what was refused."""
+        hubs = self.project / "Atelier/hubs"
+        for module, name in (("server.py", "IDLE_SECONDS"), ("bodies.py", "DRAIN_SECONDS")):
+            text = (hubs / module).read_text("utf-8")
+            (hubs / module).write_text(re.sub(f"(?m)^{name} = .*", f"{name} = 1", text), "utf-8")
+        self.start_server()
+        for head in ("", "POST / HTTP/1.1\r\nHost: a\r\nContent-Length: 200000\r\n\r\n"):
+            begin = time.monotonic()
+            with socket.create_connection(("127.0.0.1", self.port), 0.1) as client:
+                client.sendall(head.encode())
+                with self.assertRaises(ConnectionError):
+                    while time.monotonic() < begin + 15:
+                        try:
+                            if not client.recv(4096):
+                                raise ConnectionError
+                        except TimeoutError:
+                            if head:
+                                client.sendall(b"a")
+
     def test_log_ins(self):
         self.make_account()
         self.start_server()
@@ -84,7 +107,7 @@ class ServerTest(ServedNetworkTest):
             self.assertEqual(self.ask(path, method=method, **token)[0], answer, (path, method))
 
     def test_terminal(self):
-        """Ctrl+S stops nothing, and a terminal that nobody reads holds neither pages nor the end."""
+        """Ctrl+S stops nothing; a terminal that nobody reads holds neither pages nor the end."""
         ours, terminal = pty.openpty()
         self.start_server(stdin=terminal, stdout=terminal, stderr=terminal,
                           preexec_fn=lambda: fcntl.ioctl(terminal, termios.TIOCSCTTY, 0))

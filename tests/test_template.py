@@ -2,10 +2,12 @@
 """Makes a project from the network template, runs its real server and asks it for everything."""
 
 import ast
+import contextlib
 import io
 import os
 import re
 import socket
+import sqlite3
 import subprocess
 import time
 import unittest
@@ -72,6 +74,17 @@ class TemplateTest(ServedNetworkTest):
         self.assertEqual((page.count("<li>"), "Page 2 sur 201" in page), (50, True))
         self.assertIn("<h1>Neuf</h1>", page)
 
+    def test_names_and_address(self):
+        name = self.project / "nom.txt"
+        self.start_server()
+        page = self.ask("/adresse/")[2].decode()
+        self.assertEqual("http://127." in page, "ne marche que sur cette machine" in page)
+        name.write_bytes("\nL'été à 5 €".encode("cp1252"))
+        self.assertEqual(self.ask("/_infos/kl/")[2], "L'été à 5 EUR".encode("latin-1"))
+        name.unlink()
+        os.mkfifo(name)
+        self.assertEqual(self.ask("/_infos/kl/")[2], b"Atelier")
+
     def unzipped(self, path):
         """The names and contents in the archive, sent as it was announced."""
         status, headers, body = self.ask(path)
@@ -105,6 +118,9 @@ class TemplateTest(ServedNetworkTest):
             "Léa & co — DATE — é.txt", "Sans nom — DATE — X.TXT",
             "Sans nom — DATE — tout (2).zip", "Sans nom — DATE — x (2).txt"])
         self.assertEqual(sorted(collected.values()), [b"a", b"b", b"c", b"e"])
+        listed = re.findall("retirer.*Supprimer (.*)\"", self.ask("/remis/")[2].decode())
+        self.assertEqual(listed[0], "Léa &amp; co — é.txt")
+        self.assertEqual(sorted(listed[1:]), ["X.TXT", "tout (2).zip", "x.txt"])
         question = self.ask("/remettre/vider/")[2].decode()
         time.sleep(0.05)  # more than a tick of the file system's clock
         self.send("après.txt", "f", "/remettre/", "fichier")
@@ -112,13 +128,16 @@ class TemplateTest(ServedNetworkTest):
         self.send("", "", "/remettre/vider/", jusqu_a=until)
         self.assertEqual([file.name for file in self.handed_in.glob("[!.]*") if file.is_file()
                           and not file.is_symlink()], ["après.txt"])
+        for wanted, status in [("oui", 200), ("non", 403)]:
+            self.send("", "", "/remettre/ouverture/", ouverte=wanted)
+            self.assertEqual(self.ask("/remettre/")[0], status, wanted)
 
     def test_folders(self):
         outside = self.project / "dehors"
         outside.mkdir()
         (outside / "x.txt").touch()
-        for path in ("Cours/Été/L’œuvre.txt", "Cours/.caché.txt", ".caché/x.txt", "Cours/a\nb/x.txt",
-                     "Cours/B.txt", "Cours/a#1.txt", "Cours/a\\..\\x.txt"):
+        for path in ("Cours/Été/L’œuvre.txt", "Cours/.caché.txt", ".caché/x.txt",
+                     "Cours/a\nb/x.txt", "Cours/B.txt", "Cours/a#1.txt", "Cours/a\\..\\x.txt"):
             self.offer(path)
         work = self.offered / "Cours/Été/L’œuvre.txt"
         self.bound("COPYING_SECONDS", 60)
@@ -191,11 +210,15 @@ class TemplateTest(ServedNetworkTest):
         self.assertEqual((answer[0], b"Formulaire p" in answer[2]), (403, True))
         self.assertEqual([self.log_in("zoé", "faux") for _ in range(4)], [(200, False)] * 4)
         self.assertEqual(self.log_in("zoé", "un mot de passe"), (302, False))
+        self.assertLessEqual({"csrf_Atelier", "session_Atelier"}, set(self.cookies))
+        (self.offered / "lien.txt").symlink_to(self.project / "dehors.txt")
         for name, content in [("Été 1.txt", "premier" * 20_000), ("Été 1.txt", "second"),
-                              ("...", "rien"), ("../../.caché.txt", "c")]:
+                              ("...", "rien"), ("../../.caché.txt", "c"), ("lien.txt", "lien")]:
             self.assertEqual(self.send(name, content)[1]["Location"], "/", name)
         self.assertEqual(sorted(os.listdir(self.offered)),
-                         ["Bienvenue.txt", "caché.txt", "Été 1.txt"])
+                         ["Bienvenue.txt", "caché.txt", "lien.txt", "Été 1.txt"])
+        self.assertTrue((self.offered / "lien.txt").is_symlink())
+        self.assertFalse((self.project / "dehors.txt").exists())
         self.assertEqual((self.offered / "Été 1.txt").read_text("utf-8"), "premier" * 20_000)
         staff, self.cookies = self.cookies, {}
         self.ask("/")  # is kept for visitors
@@ -209,6 +232,10 @@ class TemplateTest(ServedNetworkTest):
         self.assertEqual(tries, [(200, False)] * 5 + [(200, True)] * 2 + [(200, False)])
         self.address = "127.0.0.2"  # of the account's owner
         self.assertEqual(self.log_in("zoé", "un mot de passe"), (302, False))
+        self.assertEqual(self.send("gros.txt", "a" * 150_000, "/")[0], 405)
+        with contextlib.closing(sqlite3.connect(self.project / "db.sqlite3")) as database, database:
+            database.execute("UPDATE auth_user SET is_staff = 0")  # a guest's account now
+        self.assertEqual(self.send("gros.txt", "a" * 150_000, "/")[0], 413)
 
     def test_staff_alone(self):
         self.bound("HANDED_IN_FILES", 4)
