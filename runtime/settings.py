@@ -92,6 +92,8 @@ MIDDLEWARE = [
     "django.middleware.clickjacking.XFrameOptionsMiddleware",
 ]
 
+CSRF_FAILURE_VIEW = f"{PACKAGE}.hubs.refusals.form_refused"
+
 # What a visitor may send at once, in bytes, unless a page says otherwise: a form
 BODY_LIMIT = 100_000
 

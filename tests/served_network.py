@@ -51,9 +51,10 @@ class ServedNetworkTest(unittest.TestCase, Visitor):
         self.manage("createsuperuser", "--no-input", "--username", "zoé", "--email", "z@localhost")
 
     def start_server(self, **options):
-        with socket.socket() as probe:
-            probe.bind(("127.0.0.1", 0))
-            self.port = probe.getsockname()[1]
+        if not self.port:
+            with socket.socket() as probe:
+                probe.bind(("127.0.0.1", 0))
+                self.port = probe.getsockname()[1]
         self.server = subprocess.Popen(
             ["python3", "manage.py", "runserver", f"127.0.0.1:{self.port}"], cwd=self.project,
             env=ENVIRONMENT, start_new_session=True,

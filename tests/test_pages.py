@@ -44,7 +44,7 @@ class PagesTest(ServedNetworkTest):
 
     def resize(self, width):
         self.browser.execute_cdp_cmd("Emulation.setDeviceMetricsOverride", {
-            "width": width, "height": 720, "deviceScaleFactor": 1, "mobile": False})
+            "width": width, "height": 720, "deviceScaleFactor": 1, "mobile": width < 500})
 
     def look(self, name):
         """Sees that the page fits, at two widths and with letters twice as large."""
@@ -81,6 +81,15 @@ class PagesTest(ServedNetworkTest):
         field = self.browser.find_element(By.XPATH, f"//label[starts-with(., '{label}')]")
         self.browser.find_element(By.ID, field.get_attribute("for")).send_keys(str(text))
 
+    def log_in_by_page(self):
+        self.visit("/")
+        self.press("Se connecter")
+        self.shows("Mot de passe")
+        self.look("connexion")
+        self.fill("Nom", "zoé")
+        self.fill("Mot de passe", "un mot de passe\n")
+        self.shows("Proposer des fichiers")
+
     def test_pages(self):
         for number in range(50):
             self.offer(f"Fiche {number:02}.pdf", "%PDF")
@@ -104,12 +113,7 @@ class PagesTest(ServedNetworkTest):
         self.press("Suivante")
         self.shows("Page 2 sur 2")
 
-        self.press("Se connecter")
-        self.shows("Mot de passe")
-        self.look("connexion")
-        self.fill("Nom", "zoé")
-        self.fill("Mot de passe", "un mot de passe\n")
-        self.shows("Proposer des fichiers")
+        self.log_in_by_page()
         self.look("page-equipe")
         self.fill("Fichiers", lesson)
         self.press("Envoyer")
@@ -150,7 +154,7 @@ class PagesTest(ServedNetworkTest):
         self.assertEqual(len(list(self.handed_in.glob("[!.]*"))), 1)
 
         self.press("Adresse à projeter")
-        self.shows(f"http://{ADDRESS}")
+        self.shows(f"http://127.0.0.1:{self.port}")  # this server's own, whatever was asked
         self.look("adresse")
         tall = self.browser.execute_script("return document.documentElement.scrollHeight")
         code = self.browser.find_elements(By.CSS_SELECTOR, ".code svg")
@@ -160,6 +164,71 @@ class PagesTest(ServedNetworkTest):
         self.shows("Fichiers proposés")
         self.press("Se connecter")
         self.shows("Mot de passe")
+
+    def large_file(self, name, megabytes):
+        path = self.project / name
+        with path.open("wb") as file:
+            file.truncate(megabytes << 20)
+        return path
+
+    def throttle(self, bytes_a_second):
+        self.browser.execute_cdp_cmd("Network.enable", {})
+        self.browser.execute_cdp_cmd("Network.emulateNetworkConditions", {
+            "offline": False, "latency": 0, "downloadThroughput": -1,
+            "uploadThroughput": bytes_a_second})
+
+    def test_sending(self):
+        self.bound("HANDED_IN_FILE_BYTES", 6 << 20)
+        self.handed_in.mkdir(0o700)
+        (self.handed_in / ".ouverte").touch()
+        self.make_account()
+        self.start_server()
+        self.start_browser()
+        self.visit("/remettre/")
+        self.fill("Votre nom", "Léa")
+        self.fill("Fichiers", self.large_file("film.mp4", 5))
+        self.throttle(200_000)
+        self.press("Remettre")
+        self.shows("Kio/s")
+        self.look("envoi")
+        self.server.kill()
+        self.server.wait()
+        self.shows("L'envoi a été coupé")
+        self.browser.get_log("browser")
+        self.look("envoi-coupe")
+        self.start_server()
+        self.press("Remettre")
+        self.shows("Kio/s")
+        self.press("Annuler")
+        self.shows("L'envoi est annulé")
+        self.throttle(-1)
+        self.press("Remettre")
+        self.shows("« film.mp4 » a bien été remis")
+        self.assertEqual((self.handed_in / "Léa — film.mp4").stat().st_size, 5 << 20)
+
+        self.fill("Fichiers", self.large_file("long.mp4", 7))
+        self.press("Remettre")
+        self.shows("Trop gros : 7 Mio en tout")
+        self.browser.execute_script("""
+            const dropped = new DataTransfer();
+            dropped.items.add(new File(["x"], "glissé.txt"));
+            document.querySelector("#fichier").form.dispatchEvent(new DragEvent(
+                "drop", {bubbles: true, cancelable: true, dataTransfer: dropped}));""")
+        self.press("Remettre")
+        self.shows("« glissé.txt » a bien été remis")
+
+        self.browser.execute_cdp_cmd("Emulation.setScriptExecutionDisabled", {"value": True})
+        self.visit("/remettre/")
+        self.fill("Fichiers", self.large_file("sans.bin", 1))
+        self.press("Remettre")
+        self.shows("« sans.bin » a bien été remis")
+        self.browser.execute_cdp_cmd("Emulation.setScriptExecutionDisabled", {"value": False})
+
+        self.log_in_by_page()
+        self.browser.delete_cookie("session_Atelier")
+        self.fill("Fichiers", self.large_file("plan.odt", 1))
+        self.press("Envoyer")
+        self.shows("Votre connexion a pris fin")
 
 
 if __name__ == "__main__":

@@ -248,12 +248,17 @@ class TemplateTest(ServedNetworkTest):
         for path in ["/remis/", "/remis/secret.txt", "/remis/secret.txt/retirer", "/depot/",
                      "/remettre/ouverture/", "/supprimer/Bienvenue.txt", "/remis/tout.zip",
                      "/remettre/vider/", "/remplacer/Bienvenue.txt"]:
-            for answer in [self.ask(path), self.send("a.txt", "a", path)]:
-                self.assertIn((answer[0], (answer[1]["Location"] or "")[:13]),
-                              [(302, "/admin/login/"), (405, "")], path)
+            answer = self.ask(path)
+            self.assertEqual((answer[0], answer[1]["Location"][:13]), (302, "/admin/login/"), path)
+            for size in (1, 200_000):
+                answer = self.send("a.txt", "a" * size, path)
+                self.assertIn((answer[0], b"Votre connexion a pris fin" in answer[2]),
+                              [(403, True), (405, False), (413, False)], path)
+        self.assertEqual(answer[0], 403)  # of a form, whatever its size
         closed = [self.ask("/remettre/"), self.send("a.txt", "a", "/remettre/", "fichier"),
                   self.send("a.txt", "a" * 150_000, "/remettre/", "fichier")]
         self.assertEqual([answer[0] for answer in closed], [403, 403, 413])
+        self.assertIn(b'<a href="/remettre/">Revenir au formulaire', closed[2][2])
         (self.handed_in / ".ouverte").touch()
         sent = [("devoir.txt", "1"), ("devoir.txt", "2" * 150_000), ("gros.txt", "3" * 60_000),
                 ("...", "4"), ("Zoé — devoir.txt", "5" * 9), ("de trop.txt", "6")]
@@ -269,6 +274,22 @@ class TemplateTest(ServedNetworkTest):
         # A file that could not be read without an error is not read where there is no page.
         unreadable = 'a.txt"\r\nContent-Transfer-Encoding: base64\r\nX: "'
         self.assertEqual(self.send(unreadable, "a", "/nulle-part/")[0], 404)
+
+    def test_cut(self):
+        server = self.project / "Atelier" / "hubs" / "server.py"
+        server.write_text(re.sub("STILL_SECONDS = .*", "STILL_SECONDS = 1", server.read_text()))
+        self.handed_in.mkdir(0o700)
+        (self.handed_in / ".ouverte").touch()
+        self.start_server()
+        self.ask("/remettre/")
+        for kind, body in [
+                ("multipart/form-data; boundary=B", b'--B\r\nContent-Disposition: form-data; '
+                 b'name="fichier"; filename="a.txt"\r\n\r\na\r\n--B\r\nContent-Disposition: fo'),
+                ("application/x-www-form-urlencoded", b"csrfmiddlewaretoken=")]:
+            answer = self.ask("/remettre/", body, kind, Content_Length="9999")
+            self.assertEqual((answer[0], b"<h1>Envoi coup" in answer[2], b"cookie" in answer[2]),
+                             (400, True, False))
+        self.assertEqual(os.listdir(self.handed_in), [".ouverte"])
 
     def test_full_disk(self):
         self.bound("SPARE_BYTES", 1 << 60)

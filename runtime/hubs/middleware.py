@@ -4,8 +4,8 @@ import math
 
 from django.conf import settings
 from django.http import StreamingHttpResponse
-from django.template.loader import render_to_string
 
+from . import refusals
 from .bodies import drain
 
 
@@ -59,10 +59,10 @@ def _page_and_rest(request, page):
         drain(request.META["wsgi.input"].read)
 
 
-def _refused(request):
-    page = render_to_string("413.html").encode()
-    return StreamingHttpResponse(_page_and_rest(request, page), status=413,
-                                 headers={"Content-Length": str(len(page))})
+def _refused(request, view):
+    page = refusals.of_its_size(request, view)
+    return StreamingHttpResponse(_page_and_rest(request, page.content), status=page.status_code,
+                                 headers={"Content-Length": str(len(page.content))})
 
 
 class BodiesBounded:
@@ -94,5 +94,5 @@ class BodiesBounded:
                                              and size <= view.body_limit(request)):
             request.most_files = getattr(view, "most_files", 1)
         else:
-            return _refused(request)
+            return _refused(request, view)
         return None

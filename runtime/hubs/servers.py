@@ -65,8 +65,10 @@ class Servers:
             for address in wanted:
                 if address not in self._servers:
                     self._open(address)
+        everywhere = "0.0.0.0" in self._servers
         for server in self._servers.values():
-            server.lan_addresses = [*lan]
+            server.lan_addresses = [
+                address for address in lan if everywhere or address in self._servers]
         self._announce(lan)
 
     def _open(self, address):

@@ -10,17 +10,28 @@ from django.core.files.uploadhandler import FileUploadHandler, StopUpload
 from . import limits
 
 
+def spare_bytes():
+    """How many bytes may still be sent before the disk counts as full."""
+    return max(0, shutil.disk_usage(settings.PACKAGE_DIR).free - limits.SPARE_BYTES)
+
+
 class NamelessFileHandler(FileUploadHandler):
     """Writes what is sent into a nameless file on the project's disk.
 
     Nothing of it is held in memory, or left behind by a server that is ended. Reading stops after
     the files that the request may bring, its most_files, and then the request has too_many_files
     set; and when the disk's last SPARE_BYTES would be touched, and then it has disk_is_full set.
+
+    A request whose body breaks off has form_is_cut set.
     """
 
     def __init__(self, request=None):
         super().__init__(request)
         self._number = 0
+        self._was_interrupted = False
+
+    def handle_raw_input(self, *args, **kwargs):
+        self.request.form_is_cut = True  # until it has been read
 
     def new_file(self, *args, **kwargs):
         super().new_file(*args, **kwargs)
@@ -32,7 +43,7 @@ class NamelessFileHandler(FileUploadHandler):
         self.file = UploadedFile(file, self.file_name, self.content_type)
 
     def receive_data_chunk(self, raw_data, start):
-        if shutil.disk_usage(settings.PACKAGE_DIR).free < limits.SPARE_BYTES:
+        if not spare_bytes():
             self.request.disk_is_full = True
             raise StopUpload(connection_reset=True)
         self.file.write(raw_data)
@@ -43,6 +54,10 @@ class NamelessFileHandler(FileUploadHandler):
         file.size = file_size
         return file
 
+    def upload_complete(self):
+        self.request.form_is_cut = self._was_interrupted
+
     def upload_interrupted(self):
+        self._was_interrupted = True
         if hasattr(self, "file"):
             self.file.close()

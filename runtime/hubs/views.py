@@ -7,14 +7,15 @@ from urllib.parse import urlencode
 
 from django.conf import settings
 from django.contrib import admin, messages
-from django.contrib.admin.views.decorators import staff_member_required
 from django.http import Http404, HttpResponse
 from django.shortcuts import redirect, render
 from django.urls import reverse
 from django.views.decorators.http import require_http_methods, require_safe
 
-from . import addresses, archives, handed_in, limits, lists, mdns, names, resources, shown
+from . import (addresses, archives, handed_in, limits, lists, mdns, names, resources, shown,
+               uploads)
 from .kept_pages import same_for_visitors
+from .refusals import staff_only
 from .transfers import send_file
 
 _DISK_IS_FULL = "Le disque du serveur est presque plein\xa0: rien n'a été enregistré."
@@ -32,6 +33,7 @@ def index(request):
     return render(request, "index.html", {
         **lists.context(request),
         "network_name": network_name(),
+        "spare_bytes": uploads.spare_bytes,
         "hand_in_is_open": handed_in.is_open(),
         "handed_in": handed_in.FOLDER.names,
     })
@@ -120,6 +122,9 @@ def _tell(request, level, files, one, several):
 
 def _sent(request, field):
     """The files that came in the field of a form. Tells why there are none, or not all."""
+    if getattr(request, "form_is_cut", False):
+        messages.error(request, "L'envoi a été coupé\xa0: rien n'a été enregistré.")
+        return []
     if getattr(request, "disk_is_full", False):
         messages.error(request, _DISK_IS_FULL)
         return []
@@ -157,7 +162,7 @@ def folder_archive(_request, path):
 
 
 @require_http_methods(["GET", "HEAD", "POST"])
-@staff_member_required
+@staff_only
 def upload(request):
     """Take new files into the folder of offered files; those that are there stay as they are."""
     if request.method != "POST":  # a log-in that had run out leads here
@@ -193,7 +198,7 @@ def _list_address(page, path):
 
 
 @require_http_methods(["GET", "HEAD", "POST"])
-@staff_member_required
+@staff_only
 def remove(request, name, folder, back):
     """Remove a file of the folder, once it has been asked whether that is meant."""
     if not folder.has_file(name):
@@ -211,7 +216,7 @@ def remove(request, name, folder, back):
 
 
 @require_http_methods(["GET", "HEAD", "POST"])
-@staff_member_required
+@staff_only
 def replace(request, path):
     """Put a new file in the place of an offered one, whole or not at all."""
     if not resources.OFFERED.has_file(path):
@@ -219,7 +224,8 @@ def replace(request, path):
     name, extension = os.path.basename(path), os.path.splitext(path)[1]
     if request.method != "POST":
         return render(request, "replace.html", {
-            "name": name, "extension": extension, "back": _list_address("index", path)})
+            "name": name, "extension": extension, "back": _list_address("index", path),
+            "spare_bytes": uploads.spare_bytes()})
     for file in _sent(request, "fichier")[:1]:
         if os.path.splitext(file.name)[1].lower() != extension.lower():
             messages.error(request, f"«\xa0{name}\xa0» n'a pas été remplacé\xa0: le nouveau fichier "
@@ -277,7 +283,7 @@ def _receive(request):
 
 
 @require_http_methods(["GET", "HEAD", "POST"])
-@staff_member_required
+@staff_only
 def open_hand_in(request):
     """Open the handing in for visitors, or close it."""
     if request.method == "POST":
@@ -289,7 +295,7 @@ def open_hand_in(request):
 
 
 @require_safe
-@staff_member_required
+@staff_only
 def list_handed_in(request):
     """What visitors have handed in, the latest first."""
     return render(request, "handed_in.html", {
@@ -302,14 +308,14 @@ def list_handed_in(request):
 
 
 @require_safe
-@staff_member_required
+@staff_only
 def handed_in_archive(_request):
     """All that has been handed in, as one zip."""
     return _archive("Fichiers remis.zip", handed_in.in_archive())
 
 
 @require_http_methods(["GET", "HEAD", "POST"])
-@staff_member_required
+@staff_only
 def remove_all_handed_in(request):
     """Remove all that has been handed in, but for what came after the question."""
     if request.method != "POST":
@@ -328,7 +334,7 @@ def remove_all_handed_in(request):
 
 
 @require_safe
-@staff_member_required
+@staff_only
 def download_handed_in(request, name):
     """One file that has been handed in."""
     return _given(request, _opened(handed_in.FOLDER, name), name)
