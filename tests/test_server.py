@@ -7,6 +7,7 @@ import pty
 import re
 import shutil
 import socket
+import subprocess
 import sys
 import termios
 import time
@@ -18,6 +19,27 @@ from served_network import TEMPLATE, ServedNetworkTest, Visitor
 sys.dont_write_bytecode = True
 sys.path.append(str(TEMPLATE / "hubs"))
 import processes  # noqa: E402, needs no Django
+
+# Tells on the server's standard output in which order what is sent reaches the disk.
+TOLD_DISK = """
+_fsync, _link = os.fsync, os.link
+
+
+def _told_fsync(descriptor):
+    print("#folder" if stat.S_ISDIR(os.fstat(descriptor).st_mode) else "#data")
+    _fsync(descriptor)
+
+
+def _told_link(source, name, **folders):
+    if not name.startswith("."):
+        print("#link")
+    if name == "b.txt":
+        raise PermissionError(errno.EPERM, name)
+    _link(source, name, **folders)
+
+
+os.fsync, os.link = _told_fsync, _told_link
+"""
 
 
 class ServerTest(ServedNetworkTest):
@@ -90,6 +112,60 @@ class ServerTest(ServedNetworkTest):
                         except TimeoutError:
                             if head:
                                 client.sendall(b"a")
+
+    def hand_in(self, name, address):
+        """Hands a file in from an address. Returns what the page says afterwards."""
+        self.address = address
+        self.send(name, "contenu", "/remettre/", "fichier")
+        return self.ask("/remettre/")[2].decode()
+
+    def wait_until_it_holds(self, wanted):
+        """Waits until the server holds an unfinished file, or none any more."""
+        nameless = ["find", f"/proc/{self.server.pid}/fd", "-lname", "*Atelier/#*"]
+        for _ in range(600):
+            found = subprocess.run(nameless, capture_output=True, check=False).stdout
+            if bool(found) == wanted:
+                return
+            time.sleep(0.1)
+        self.fail(f"an unfinished file: {not wanted}")
+
+    def test_handing_in(self):
+        """Each address has a share, of which what is still coming is a part; what is kept is whole
+        on the disk, also where it cannot be linked."""
+        self.bound("HANDED_IN_FILES_PER_ADDRESS", 3)
+        self.bound("HANDED_IN_BYTES_PER_ADDRESS", 10 << 20)
+        self.bound("HANDING_IN_PER_ADDRESS", 1)
+        self.bound("HANDING_IN_PATIENCE", 1)
+        resources = self.project / "Atelier" / "hubs" / "resources.py"
+        resources.write_text(resources.read_text("utf-8") + TOLD_DISK)
+        self.handed_in.mkdir(0o700)
+        (self.handed_in / ".ouverte").touch()
+        with open(self.project / "log", "wb") as log:
+            self.start_server(stdout=log)
+        self.ask("/remettre/")
+        pages = [self.hand_in("a.txt", "127.0.0.1") for _ in range(4)]
+        self.assertEqual(["autant qu&#x27;elle" in page for page in pages], [False] * 3 + [True])
+        self.hand_in("b.txt", "127.0.0.2")
+        self.assertEqual((self.handed_in / "b.txt").read_text(), "contenu")
+        told = [line for line in (self.project / "log").read_text().split() if line[0] == "#"]
+        kept = ["#data", "#data", "#link", "#folder"]
+        self.assertEqual(told, kept * 3 + ["#data"] + kept)
+
+        with socket.socket() as slow:
+            slow.bind(("127.0.0.3", 0))
+            slow.connect(("127.0.0.1", self.port))
+            slow.sendall(b"POST /remettre/ HTTP/1.1\r\nHost: a\r\nContent-Length: 50000000\r\n"
+                         b"Cookie: csrf_Atelier=%b\r\n" % self.cookies["csrf_Atelier"].encode() +
+                         b"Content-Type: multipart/form-data; boundary=B\r\n\r\n"
+                         b'--B\r\nContent-Disposition: form-data; name="fichier"; filename="c"\r\n'
+                         b"\r\n" + bytes(1 << 20))
+            self.wait_until_it_holds(True)
+            self.assertIn("en même temps", self.hand_in("d.txt", "127.0.0.3"))
+            self.hand_in("e.txt", "127.0.0.4")
+            self.assertTrue((self.handed_in / "e.txt").exists())
+            slow.sendall(bytes(11 << 20))  # more than the share has room for
+            self.wait_until_it_holds(False)
+        self.assertEqual(len(list(self.handed_in.glob("[!.]*"))), 5)
 
     def test_log_ins(self):
         self.make_account()

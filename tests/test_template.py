@@ -266,7 +266,7 @@ class TemplateTest(ServedNetworkTest):
             answer = self.send(name, content, "/remettre/", "fichier")
             self.assertEqual((answer[0], answer[1]["Location"]), (302, "/remettre/"), name)
         kept = {file.name: (file.stat().st_size, file.stat().st_mode & 0o777)
-                for file in self.handed_in.iterdir() if file.name != ".ouverte"}
+                for file in self.handed_in.glob("[!.]*")}
         self.assertEqual(kept, {"secret.txt": (6, 0o644), "devoir.txt": (1, 0o600),
                                 "devoir (2).txt": (150_000, 0o600),
                                 "Zoé - devoir.txt": (9, 0o600)})

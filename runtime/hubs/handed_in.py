@@ -8,11 +8,15 @@ from datetime import datetime, timezone
 from django.utils.timezone import localtime
 
 from . import limits, resources
+from .unfinished import HandIn
 
 FOLDER = resources.Folder(limits.HANDED_IN_DIR, 0o600)
 
 # There while visitors may hand in; every process of the server sees it.
 _OPEN = limits.HANDED_IN_DIR / ".ouverte"
+
+# From which address each file came: lines "ADDRESS NAME"
+_ADDRESSES = limits.HANDED_IN_DIR / ".adresses"
 
 # Stands between who sent a file and the file's name.
 _SEPARATOR = " — "
@@ -56,16 +60,52 @@ def _locked():
         os.close(descriptor)
 
 
-def _check_room(size):
-    sizes = [status.st_size for status in map(FOLDER.status, FOLDER.names()) if status]
-    if len(sizes) >= limits.HANDED_IN_FILES or sum(sizes) + size > limits.HANDED_IN_BYTES:
+def _sizes():
+    """The sizes of the files, by their names."""
+    found = ((name, FOLDER.status(name)) for name in FOLDER.names())
+    return {name: status.st_size for name, status in found if status}
+
+
+def _addresses(sizes):
+    """The addresses that the files came from, by their names, as far as they are known."""
+    try:
+        lines = _ADDRESSES.read_text("utf-8").splitlines()
+    except (OSError, UnicodeDecodeError):
+        return {}
+    pairs = (line.partition(" ") for line in lines)
+    return {name: address for address, _, name in pairs if name in sizes}
+
+
+def kept_bytes(address):
+    """The size of all files, and of those that came from the address."""
+    sizes = _sizes()
+    came_from = _addresses(sizes)
+    return sum(sizes.values()), sum(sizes[name] for name in came_from
+                                    if came_from[name] == address)
+
+
+def hand_in_of(request):
+    """The hand-in that a visitor's request begins."""
+    return HandIn(request.META["REMOTE_ADDR"], kept_bytes)
+
+
+def _check_room(size, address, sizes, came_from):
+    own = [sizes[name] for name in came_from if came_from[name] == address]
+    if (len(sizes) >= limits.HANDED_IN_FILES
+            or sum(sizes.values()) + size > limits.HANDED_IN_BYTES):
         raise Refused("il n'y a plus de place pour d'autres fichiers, prévenez le responsable")
+    if (len(own) >= limits.HANDED_IN_FILES_PER_ADDRESS
+            or sum(own) + size > limits.HANDED_IN_BYTES_PER_ADDRESS):
+        raise Refused("votre adresse en a déjà remis autant qu'elle le peut, prévenez le"
+                      " responsable")
 
 
-def receive(file, sender):
-    """Keep an uploaded file under a name of its own, with the name of who sent it, if any.
+def receive(file, sender, address):
+    """Keep an uploaded file under a name of its own, with the name of who sent it, if any, from an
+    address.
 
-    Returns the name that it bears in the list. Raises Refused and OSError.
+    Returns the name that it bears in the list; the file is then whole on the disk. Raises Refused
+    and OSError.
     """
     name = resources.clean_name(file.name).replace(_SEPARATOR, " - ")
     if not name:
@@ -73,11 +113,17 @@ def receive(file, sender):
     if file.size > limits.HANDED_IN_FILE_BYTES:
         raise Refused("il est trop gros")
     sender = resources.clean_name(sender).replace(_SEPARATOR, " - ")[:SENDER_LENGTH].strip()
+    resources.write_through(file)  # which takes its time, and others do not wait for it
     with _locked():
-        _check_room(file.size)
+        sizes = _sizes()
+        came_from = _addresses(sizes)
+        _check_room(file.size, address, sizes, came_from)
         for candidate in resources.numbered(f"{sender}{_SEPARATOR}{name}" if sender else name):
             if candidate != ARCHIVE and not FOLDER.status(candidate):
-                FOLDER.keep(candidate, file.chunks())
+                FOLDER.keep(candidate, file)
+                came_from[candidate] = address
+                lines = (f"{address} {name}\n" for name, address in came_from.items())
+                _ADDRESSES.write_text("".join(lines), "utf-8")
                 return parts(candidate)[1]
 
 

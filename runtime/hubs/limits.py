@@ -11,6 +11,13 @@ HANDED_IN_AT_ONCE = 20
 HANDED_IN_FILES = 300
 HANDED_IN_BYTES = 3 * 2**30
 
+# What of that may come from one address, how many may hand in from it at the same time, and for how
+# many seconds others wait for their turn
+HANDED_IN_FILES_PER_ADDRESS = 60
+HANDED_IN_BYTES_PER_ADDRESS = 600 * 2**20
+HANDING_IN_PER_ADDRESS = 4
+HANDING_IN_PATIENCE = 30
+
 # What stays free on the disk, whoever sends
 SPARE_BYTES = 500 * 2**20
 

@@ -75,6 +75,9 @@ class BodiesBounded:
     of the view. Where it is not set, none is read:
     Django reads forms for its error pages, too.
 
+    Sets hand_in for visitors, if the view has that attribute, a function of the request: it bounds
+    what is handed in while it comes.
+
     Stands after the authentication and before whatever reads forms (the CSRF check does).
     """
 
@@ -82,7 +85,11 @@ class BodiesBounded:
         self.get_response = get_response
 
     def __call__(self, request):
-        return self.get_response(request)
+        try:
+            return self.get_response(request)
+        finally:
+            if hasattr(request, "hand_in"):
+                request.hand_in.end()
 
     def process_view(self, request, view, _arguments, _keywords):
         size = _announced_size(request)
@@ -93,6 +100,8 @@ class BodiesBounded:
         elif size <= settings.BODY_LIMIT or (hasattr(view, "body_limit")
                                              and size <= view.body_limit(request)):
             request.most_files = getattr(view, "most_files", 1)
+            if hasattr(view, "hand_in"):
+                request.hand_in = view.hand_in(request)
         else:
             return _refused(request, view)
         return None

@@ -20,6 +20,9 @@ from . import limits
 _UNFIT_CHARACTERS = re.compile(
     r"[\x00-\x1f\x7f-\x9f\u202a-\u202e\u2066-\u2069\ud800-\udfff/]")
 
+# What a file system without hard links answers
+_NO_LINKS = (errno.EPERM, errno.EOPNOTSUPP, errno.ENOSYS, errno.EMLINK)
+
 _CAUSES = {
     errno.ENOSPC: "il n'y a plus assez de place sur le disque",
     errno.EDQUOT: "il n'y a plus assez de place sur le disque",
@@ -113,6 +116,33 @@ def _read(descriptor, path):
     return Listing(found, left_out)
 
 
+def write_through(sent):
+    """Have all bytes of an uploaded file on the disk. Raises OSError."""
+    sent.flush()
+    os.fsync(sent.fileno())
+
+
+def _linked(sent, folder, name):
+    """Give a nameless uploaded file a name in the open folder. Returns a descriptor of it, or None
+    if it has to be copied."""
+    sent.flush()
+    try:
+        os.link(f"/proc/self/fd/{sent.fileno()}", name, dst_dir_fd=folder)
+    except OSError:  # another file system, one without nameless files, or no /proc
+        return None
+    return os.dup(sent.fileno())
+
+
+def _copied(sent, folder, name):
+    """Copy an uploaded file into the open folder. Returns a descriptor of the copy."""
+    descriptor = os.open(name, os.O_WRONLY | os.O_CREAT | os.O_EXCL | os.O_CLOEXEC, 0o600,
+                         dir_fd=folder)
+    with os.fdopen(os.dup(descriptor), "wb") as file:
+        for chunk in sent.chunks():
+            file.write(chunk)
+    return descriptor
+
+
 class Folder:
     """A folder, which may be missing, and all that is in it.
 
@@ -203,33 +233,42 @@ class Folder:
         return os.fdopen(descriptor, "rb")
 
     @contextmanager
-    def _written(self, folder, chunks):
-        """The name of a hidden file in the open folder, which holds the chunks. What is left of it
-        afterwards is removed."""
+    def _written(self, folder, sent):
+        """The name of a hidden file in the open folder, which holds what was sent and is whole on
+        the disk. What is left of it afterwards is removed."""
         part = f".{secrets.token_hex(8)}"
-        descriptor = os.open(part, os.O_WRONLY | os.O_CREAT | os.O_EXCL | os.O_CLOEXEC, 0o600,
-                             dir_fd=folder)
         try:
-            with os.fdopen(descriptor, "wb") as file:
-                for chunk in chunks:
-                    file.write(chunk)
-                file.flush()
-                os.fchmod(descriptor, self._rights)
+            descriptor = _linked(sent, folder, part) or _copied(sent, folder, part)
+            try:
+                with suppress(PermissionError):  # some file systems know no rights
+                    os.fchmod(descriptor, self._rights)
                 whole_since = time.time() - limits.COPYING_SECONDS
                 os.utime(descriptor, (whole_since, whole_since))
+                os.fsync(descriptor)
+            finally:
+                os.close(descriptor)
             yield part
         finally:
             with suppress(FileNotFoundError):
                 os.unlink(part, dir_fd=folder)
+        os.fsync(folder)
 
-    def keep(self, name, chunks):
-        """Write a new file whole or not at all. Raises FileExistsError if the name is taken."""
-        with self._opened("") as folder, self._written(folder, chunks) as part:
-            os.link(part, name, src_dir_fd=folder, dst_dir_fd=folder)
+    def keep(self, name, sent):
+        """Keep an uploaded file whole or not at all, also when the power fails. Raises
+        FileExistsError if the name is taken."""
+        with self._opened("") as folder, self._written(folder, sent) as part:
+            try:
+                os.link(part, name, src_dir_fd=folder, dst_dir_fd=folder)
+            except OSError as error:
+                if error.errno not in _NO_LINKS:
+                    raise
+                flags = os.O_WRONLY | os.O_CREAT | os.O_EXCL | os.O_CLOEXEC
+                os.close(os.open(name, flags, self._rights, dir_fd=folder))
+                os.rename(part, name, src_dir_fd=folder, dst_dir_fd=folder)
 
-    def replace(self, path, chunks):
+    def replace(self, path, sent):
         """Write a file that takes the place of the one at the path, whole or not at all."""
-        with self._holding(path) as (folder, name), self._written(folder, chunks) as part:
+        with self._holding(path) as (folder, name), self._written(folder, sent) as part:
             self._check(folder, name)
             os.rename(part, name, src_dir_fd=folder, dst_dir_fd=folder)
 

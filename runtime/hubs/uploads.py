@@ -1,5 +1,6 @@
 """How files that are sent reach the disk."""
 
+import os
 import shutil
 import tempfile
 
@@ -8,6 +9,16 @@ from django.core.files.uploadedfile import UploadedFile
 from django.core.files.uploadhandler import FileUploadHandler, StopUpload
 
 from . import limits
+from .unfinished import NoRoom
+
+
+def _nameless_file():
+    """A file on the project's disk that can be given a name, where the file system can do that."""
+    try:
+        return os.fdopen(os.open(settings.PACKAGE_DIR, os.O_TMPFILE | os.O_RDWR | os.O_CLOEXEC,
+                                 0o600), "w+b")
+    except OSError:
+        return tempfile.TemporaryFile(dir=settings.PACKAGE_DIR)
 
 
 def spare_bytes():
@@ -20,7 +31,7 @@ class NamelessFileHandler(FileUploadHandler):
 
     Nothing of it is held in memory, or left behind by a server that is ended. Reading stops after
     the files that the request may bring, its most_files, and then the request has too_many_files
-    set; and when the disk's last SPARE_BYTES would be touched, and then it has disk_is_full set.
+    set; when the disk's last SPARE_BYTES would be touched, and then it has disk_is_full set.
 
     A request whose body breaks off has form_is_cut set.
     """
@@ -39,14 +50,24 @@ class NamelessFileHandler(FileUploadHandler):
         if self._number > getattr(self.request, "most_files", 0):
             self.request.too_many_files = True
             raise StopUpload(connection_reset=True)
-        file = tempfile.TemporaryFile(dir=settings.PACKAGE_DIR)
-        self.file = UploadedFile(file, self.file_name, self.content_type)
+        self._take_room(lambda hand_in: hand_in.begin())
+        self.file = UploadedFile(_nameless_file(), self.file_name, self.content_type)
 
     def receive_data_chunk(self, raw_data, start):
         if not spare_bytes():
             self.request.disk_is_full = True
             raise StopUpload(connection_reset=True)
+        self._take_room(lambda hand_in: hand_in.add(len(raw_data)))
         self.file.write(raw_data)
+
+    def _take_room(self, take):
+        hand_in = getattr(self.request, "hand_in", None)
+        try:
+            if hand_in:
+                take(hand_in)
+        except NoRoom as reason:
+            self.request.no_room = str(reason)
+            raise StopUpload(connection_reset=True) from reason
 
     def file_complete(self, file_size):
         file = self.file

@@ -129,6 +129,9 @@ def _sent(request, field):
         messages.error(request, _DISK_IS_FULL)
         return []
     files = request.FILES.getlist(field)
+    if hasattr(request, "no_room"):
+        messages.error(request, f"La suite n'a pas été prise\xa0: {request.no_room}.")
+        return files
     if getattr(request, "too_many_files", False):
         messages.error(request, f"Pas plus de {len(files)} fichiers à la fois\xa0: les autres n'ont "
                                 "pas été pris.")
@@ -174,7 +177,7 @@ def upload(request):
             if not name:
                 unfit.append(file.name)
                 continue
-            resources.OFFERED.keep(name, file.chunks())
+            resources.OFFERED.keep(name, file)
             kept.append(name)
         except FileExistsError:
             there.append(name)
@@ -232,7 +235,7 @@ def replace(request, path):
                                     f"doit avoir un nom en «\xa0{extension}\xa0».")
             break
         try:
-            resources.OFFERED.replace(path, file.chunks())
+            resources.OFFERED.replace(path, file)
             messages.success(request, f"«\xa0{name}\xa0» a été remplacé.")
         except OSError as error:
             messages.error(request, f"«\xa0{name}\xa0» n'a pas été remplacé\xa0: "
@@ -260,6 +263,7 @@ def _hand_in_limit(_request):
 
 hand_in.body_limit = _hand_in_limit
 hand_in.most_files = limits.HANDED_IN_AT_ONCE
+hand_in.hand_in = handed_in.hand_in_of
 
 
 def _receive(request):
@@ -267,7 +271,7 @@ def _receive(request):
     kept, refused = [], {}
     for file in _sent(request, "fichier"):
         try:
-            kept.append(handed_in.receive(file, sender))
+            kept.append(handed_in.receive(file, sender, request.META["REMOTE_ADDR"]))
         except handed_in.Refused as reason:
             refused.setdefault(str(reason), []).append(file.name)
         except OSError as error:
