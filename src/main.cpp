@@ -9,6 +9,7 @@ int main(int argc, char** argv) {
     // The browser is asked first, so that it loads the LAN server's page while our window is built.
     open_url(QString::fromLatin1(default_lan_host) + QStringLiteral(":8000"));
 
+    QGuiApplication::setDesktopFileName(QStringLiteral("org.quorvale.Quorvale"));
     const QApplication application(argc, argv);
     const ApplicationSetup setup;
     NetworkSelectionWindow window(nullptr);

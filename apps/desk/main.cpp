@@ -31,6 +31,7 @@ int main(int argc, char** argv) {
     if (line.answers(argc, argv)) {
         return 0;
     }
+    QGuiApplication::setDesktopFileName(QStringLiteral("org.quorvale.Quorvale"));
     const QApplication application(argc, argv);
     if (!line.fits()) {
         return badly_written;

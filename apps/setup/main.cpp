@@ -12,6 +12,7 @@ int main(int argc, char** argv) {
     if (line.answers(argc, argv)) {
         return 0;
     }
+    QGuiApplication::setDesktopFileName(QStringLiteral("org.quorvale.Setup"));
     const QApplication application(argc, argv);
     if (!line.fits()) {
         return badly_written;

@@ -41,7 +41,9 @@ int main(int argc, char** argv) {
         end_children(getpid());
         return 0;
     }
-    QCoreApplication::setApplicationName(QStringLiteral("quorvale-client"));  // whose window it is
+    // The window is the client's, for X and for Wayland.
+    QCoreApplication::setApplicationName(QStringLiteral("quorvale-client"));
+    QGuiApplication::setDesktopFileName(QStringLiteral("org.quorvale.Client"));
     const QApplication application(argc, argv);
     if (!line.fits()) {
         return badly_written;
