@@ -58,6 +58,7 @@ def cause(error):
         errno.ENAMETOOLONG: "le nom est trop long",
         errno.EACCES: "vous n'en avez pas le droit",
         errno.EPERM: "vous n'en avez pas le droit",
+        errno.EINVAL: "networks.data n'est pas un fichier",
         errno.EROFS: "rien ne peut être écrit sur ce disque",
     }
     return causes.get(error.errno, f"erreur {error.errno} du système")
@@ -221,7 +222,7 @@ def _extract(source, contents):
     directory, in "paquet" what goes into its package. Returns the names of those left out."""
     left_out = []
     (contents / "paquet/ressources").mkdir(parents=True)
-    with open(source, "rb", opener=_without_waiting) as file, zipfile.ZipFile(file) as archive:
+    with open(source, "rb", opener=registry.open_without_waiting) as file, zipfile.ZipFile(file) as archive:
         for info in _checked(archive, os.fstat(file.fileno()).st_size):
             if info.filename == "nom.txt":
                 _extract_file(archive, info, contents / info.filename)
@@ -236,10 +237,6 @@ def _extract(source, contents):
         raise Refused(_UNUSABLE)
     _check_accounts(contents / "projet" / _DATABASE)
     return left_out
-
-
-def _without_waiting(path, flags):
-    return os.open(path, flags | os.O_NONBLOCK)  # it could be a FIFO
 
 
 def _create(contents, new, descriptor):

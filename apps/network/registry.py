@@ -6,9 +6,11 @@ are. Programs of this directory that change the registry take turns by the lock 
 programs know, too.
 """
 
+import errno
 import fcntl
 import os
 import shutil
+import stat
 import sys
 from collections import namedtuple
 from contextlib import contextmanager
@@ -41,10 +43,18 @@ def locked():
         os.close(descriptor)
 
 
+def open_without_waiting(path, flags):
+    """An opener for what could be a FIFO."""
+    return os.open(path, flags | os.O_NONBLOCK)
+
+
 def read():
     """The lines of the registry, in bytes, without their line feeds; none if there is no file."""
     try:
-        content = _REGISTRY.read_bytes()
+        with open(_REGISTRY, "rb", opener=open_without_waiting) as file:
+            if not stat.S_ISREG(os.fstat(file.fileno()).st_mode):
+                raise OSError(errno.EINVAL, os.strerror(errno.EINVAL))
+            content = file.read()
     except FileNotFoundError:
         content = b""
     return content.removesuffix(b"\n").split(b"\n") if content else []
