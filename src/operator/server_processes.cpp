@@ -36,13 +36,13 @@ public:
         syscall(SYS_pidfd_send_signal, descriptor, signal, nullptr, 0);
     }
 
-    void wait_until(Clock::time_point deadline) const {
+    /// Returns whether the process has ended.
+    bool wait_until(Clock::time_point deadline) const {
         pollfd end{descriptor, POLLIN, 0};
         const auto left =
             std::chrono::duration_cast<std::chrono::milliseconds>(deadline - Clock::now());
-        if (descriptor >= 0 && left.count() > 0) {
-            poll(&end, 1, static_cast<int>(left.count()));
-        }
+        const int limit = std::max(0, static_cast<int>(left.count()));
+        return descriptor < 0 || poll(&end, 1, limit) > 0;
     }
 
 private:
@@ -139,6 +139,17 @@ std::vector<Process> terminal_shells(const std::string& directory) {
     return hold(parents, is_terminal_shell);
 }
 
+/// Ends a terminal's shell, within two seconds. It has just become an interactive one, which misses
+/// the signal when that comes before it reads what is typed.
+void hang_up(const Process& shell) {
+    for (int tries = 0; tries < 10; ++tries) {
+        shell.send(SIGHUP);
+        if (shell.wait_until(Clock::now() + std::chrono::milliseconds(200))) {
+            return;
+        }
+    }
+}
+
 }  // namespace
 
 bool is_server_command(const std::vector<std::string>& words) {
@@ -178,7 +189,7 @@ bool stop_server(const std::string& directory) {
         }
     }
     for (const Process& shell : shells) {
-        shell.send(SIGHUP);
+        hang_up(shell);
     }
     return find_server_processes(directory).empty();
 }

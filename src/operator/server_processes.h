@@ -24,5 +24,5 @@ bool is_entered(const std::string& directory);
 /// also when there was none.
 ///
 /// Every process is asked to end by SIGINT, as by Ctrl+C, then by SIGTERM, then killed: blocks
-/// until they have ended, six seconds at most. Prints nothing.
+/// until they have ended, eight seconds at most. Prints nothing.
 bool stop_server(const std::string& directory);
