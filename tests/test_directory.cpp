@@ -116,6 +116,10 @@ QString traits(const QWidget& widget) {
     }
     for (const auto& [property, form] :
          {std::make_pair("class", " .%1"), {"styleSheet", " {%1}"}, {"text", " \"%1\""}}) {
+        const bool is_leaf = !widget.isWindow() && widget.layout() == nullptr;
+        if (is_leaf && qstrcmp(property, "styleSheet") == 0) {
+            continue;
+        }
         const QString value = widget.property(property).toString();
         text += value.isEmpty() ? value : QString::fromLatin1(form).arg(value);
     }

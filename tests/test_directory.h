@@ -35,5 +35,6 @@ struct Output {
 Output output_of(const std::function<void()>& action);
 
 /// A window as text, one widget a line: title, size, style sheet, and its widgets in layout order
-/// with all that an operator can tell of them. Values that are Qt's defaults are left out.
+/// with what an operator can tell of them; the style sheets of single widgets are left out. Values
+/// that are Qt's defaults are left out.
 QString snapshot(const QWidget& window);

@@ -11,6 +11,7 @@
 #include <future>
 #include <stdexcept>
 
+#include "djangomanager.h"
 #include "hub_utilities.h"
 #include "network.h"
 #include "network_names.h"
@@ -54,7 +55,14 @@ QByteArray joined(const std::vector<std::string>& texts) {
     return QByteArray::fromStdString(lines);
 }
 
+bool fork_is_refused = false;
+
 }  // namespace
+
+/// In place of the C library's, for the whole test.
+extern "C" pid_t fork() noexcept {
+    return fork_is_refused ? -1 : _Fork();
+}
 
 class TestHubUtilities : public QObject {
     Q_OBJECT
@@ -94,6 +102,32 @@ private slots:
         });
         QCOMPARE(message, QByteArray("Erreur lors de l'exécution de la commande."));
         QCOMPARE(output.out, QByteArray("Oh Oh"));
+    }
+
+    void running_check_that_cannot_start() {
+        const TestDirectory directory;
+        int running = -1;
+        const int next = dup(STDIN_FILENO);
+        close(next);
+        // Three descriptors: the file of the numbers is opened first, then a pipe takes two.
+        with_limit(RLIMIT_NOFILE, static_cast<rlim_t>(next) + 2,
+                   [&] { running = Network().is_launched(); });
+        QCOMPARE(running, 1);  // the operator looks at the network's terminal
+    }
+
+    void refused_fork() {
+        const TestDirectory directory;
+        directory.fake_command(QStringLiteral("gnome-terminal"), "exit 3");
+        int statuses[2] = {-1, -1};
+        fork_is_refused = true;
+        const Output output = output_of([&statuses] {
+            statuses[0] = DjangoManager().launch("/d/a");
+            statuses[1] = Network("A", "/d/a", "").launch();
+        });
+        fork_is_refused = false;
+        QCOMPARE(output.err, QByteArray("Erreur : impossible de forker.\n"));
+        QCOMPARE(statuses[0], 1);
+        QCOMPARE(statuses[1], 0);
     }
 
     void own_address() {

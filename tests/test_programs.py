@@ -2,11 +2,15 @@
 """Usage: test_programs.py PROGRAMS. Calls the programs as an operator does, with fake commands."""
 
 import os
+import pty
+import shlex
 import shutil
 import sqlite3
 import subprocess
 import sys
 import tempfile
+import termios
+import time
 import unittest
 from pathlib import Path
 
@@ -103,7 +107,8 @@ class Programs(unittest.TestCase):
         terminal = self.serve("a", "signal.signal(2, lambda *_: open('ended', 'w') and exit())")
         commands = ["python3 manage.py migrate", "-a editor python3 manage.py runserver"]
         if os.getuid() == 0:  # of somebody else
-            commands += ["setpriv --reuid=65534 --clear-groups python3 manage.py runserver"]
+            commands += ["setpriv --reuid=65534 --clear-groups --inh-caps=+dac_override "
+                         "--ambient-caps=+dac_override python3 manage.py runserver"]
         others = [self.serve("a", launch="cd {} && exec " + command) for command in commands]
         shell = self.serve("b", launch="cd {} && python3 manage.py runserver; exec cat")
         deaf = self.serve("deaf", "for s in 2, 15: signal.signal(s, signal.SIG_IGN)")
@@ -154,6 +159,26 @@ class Programs(unittest.TestCase):
             self.assertEqual(accounts.fetchall(), [("-h", 1)])
         for part in PARTS:
             self.assertTrue((self.work / "Ete/Ete" / part).exists(), part)
+
+    def test_failed_command_stops_no_other(self):
+        self.place_template()
+        self.fake("django-admin", "false")
+        self.fake("cp", f"echo \"$*\" >>{shlex.quote(str(self.work))}/log")
+        self.assertEqual(self.program("new", "Forge")[0], 1)
+        self.assertEqual(len((self.work / "log").read_text().splitlines()), len(PARTS))
+
+    def test_password_is_not_echoed(self):
+        ours, terminal = pty.openpty()
+        process = subprocess.Popen(
+            [PROGRAMS / "quorvale-new", "--admin", "anne", "Forge"], cwd=self.work,
+            env=self.environment, stdin=terminal, stdout=terminal, stderr=terminal)
+        deadline = time.monotonic() + 10
+        while termios.tcgetattr(terminal)[3] & termios.ECHO and time.monotonic() < deadline:
+            time.sleep(0.01)
+        os.write(ours, b"Tres-Long-77\n")
+        self.assertEqual(process.wait(60), 1)  # there is no template
+        self.assertNotIn(b"Tres-Long-77", os.read(ours, 4096))
+        self.assertTrue(termios.tcgetattr(terminal)[3] & termios.ECHO)
 
     def test_new_refused(self):
         """Nothing is left of what was made."""

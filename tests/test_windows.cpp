@@ -15,6 +15,7 @@
 #include "../apps/setup/account_form.h"
 #include "applicationsetup.h"
 #include "clientwindow.h"
+#include "french_texts.h"
 #include "networkselectionwindow.h"
 #include "setupwindow.h"
 #include "test_directory.h"
@@ -178,8 +179,11 @@ private slots:
         const Browser browser(*window);
         QElapsedTimer clock;
         clock.start();
+        bool other_events = false;
+        QTimer::singleShot(0, window.get(), [&other_events] { other_events = true; });
         QTest::mouseClick(button(*window, 1), Qt::LeftButton);
 
+        QVERIFY(!other_events);  // a second click would start another network
         QCOMPARE(browser.asked.join(QLatin1Char(' ')), asked);
         QByteArray commands = "ifconfig\nps\n";
         if (asked.isEmpty()) {
@@ -266,12 +270,21 @@ private slots:
         const ApplicationSetup setup;
         QCOMPARE(qApp->styleSheet().mid(4), QStringLiteral("é */ QLabel { color: red; }"));
         qApp->setStyleSheet(QString());
+        use_french_texts();
+        QCOMPARE(QCoreApplication::translate("QPlatformTheme", "Cancel"),
+                 QStringLiteral("Annuler"));
+    }
 
-        QDialog window;
-        ApplicationSetup::dress_window(window);
-        QCOMPARE(window.windowFlags() & (Qt::WindowMinMaxButtonsHint | Qt::WindowCloseButtonHint),
-                 Qt::WindowMinimizeButtonHint | Qt::WindowCloseButtonHint);
-        QVERIFY(!window.windowIcon().pixmap(32).isNull());
+    void without_pictures() {
+        const TestDirectory directory;
+        directory.write(QStringLiteral("networks.data"), "");
+        const ProductStyle style;
+        const Output output = output_of([] {
+            for (const char* name : {"home", "loading", "ready", "new_network", "setup"}) {
+                screen(QString::fromLatin1(name))->grab();
+            }
+        });
+        QCOMPARE(output.err, QByteArray());
     }
 
     void client_finds_and_opens() {
@@ -334,14 +347,15 @@ private slots:
         new AccountForm(window);
         window.show();
         const QLabel& result = *window.findChildren<QLabel*>().last();
-        // Adds an account to the second network.
+        Qt::Key answer = Qt::Key_Escape;
+        // Adds an account to the second network, unless the choice is cancelled.
         const auto save = [&](int role, const QByteArray& status, const QStringList& typed = {}) {
             directory.write(QStringLiteral("status"), status);
             window.findChild<QComboBox*>()->setCurrentIndex(role);
-            QTimer::singleShot(0, &window, [] {
+            QTimer::singleShot(0, &window, [answer] {
                 if (QWidget* choice = QApplication::activeModalWidget()) {
                     choice->findChild<QComboBox*>()->setCurrentIndex(1);
-                    QTest::keyClick(choice, Qt::Key_Return);
+                    QTest::keyClick(choice, answer);
                 }
             });
             const QByteArray reasons = refusals(window, typed);
@@ -352,12 +366,19 @@ private slots:
                              QStringLiteral("sésame"), QStringLiteral("sesame")};
         QCOMPARE(save(0, "0", typed), "|||Les deux mots de passe ne sont pas les mêmes.|");
         typed[3] = typed[2];
+        QCOMPARE(save(0, "0", typed), "||||");
+        answer = Qt::Key_Return;
         const char* const account = " -- anne Anne Petit sésame\n";
         QCOMPARE(save(0, "3", typed), QByteArray("||Raison.||b manage.py compte super") + account);
         QCOMPARE(save(1, "4"), QByteArray("Raison.||||b manage.py compte standard") + account);
         QCOMPARE(save(2, "1"), QByteArray("||||b manage.py compte invite") + account);
         QCOMPARE(result.text(), QStringLiteral("Le compte n'a pas été ajouté. Raison."));
         QCOMPARE(window.focusWidget(), button(window, 0));
+        const QByteArray path = qgetenv("PATH");
+        qputenv("PATH", "/nowhere");
+        save(2, "0");
+        qputenv("PATH", path);
+        QVERIFY(result.text().endsWith(QStringLiteral("python3 n'a pas pu être lancé.")));
         QCOMPARE(save(2, "0"), QByteArray("||||b manage.py compte invite") + account);
         QCOMPARE(result.text(), QStringLiteral("Le compte «\u00a0anne\u00a0» est ajouté au réseau "
                                                "«\u00a0b\u00a0»."));
@@ -381,8 +402,15 @@ private slots:
         QVERIFY(fields[3]->echoMode() == QLineEdit::Password &&
                 fields[4]->echoMode() == QLineEdit::Password);
         QSignalSpy left(form, &CreationForm::left);
-        QTest::mouseClick(window.findChild<QLabel*>(QStringLiteral("back_link")), Qt::LeftButton);
-        QTRY_COMPARE(left.count(), 1);
+        auto* back = window.findChild<QLabel*>(QStringLiteral("back_link"));
+        QTest::mouseClick(back, Qt::RightButton);
+        QCoreApplication::processEvents();
+        QCOMPARE(left.count(), 0);
+        QTest::mouseClick(back, Qt::LeftButton);
+        QTest::mouseDClick(back, Qt::LeftButton);
+        QTest::mouseRelease(back, Qt::LeftButton);
+        QCoreApplication::processEvents();
+        QCOMPARE(left.count(), 1);
     }
 };
 
