@@ -22,6 +22,16 @@ add_hosts() {
     done
 }
 
+# Gives the machine an interface of its own for an address: a network that is served there is not
+# served at the other hosts' addresses. NAME ADDRESS
+add_interface() {
+    local interface=card${2##*.}
+    ip -n "$1" link add "$interface" type veth peer name "${interface}b"
+    ip -n "$1" address add "$2/32" dev "$interface"
+    ip -n "$1" link set "$interface" up
+    ip -n "$1" link set "${interface}b" up
+}
+
 # Drops what comes to port 8000 of the addresses: NAME ADDRESSES, or answers again with "del".
 drop_port_8000() {
     ip -n "$1" rule "${3:-add}" pref 1 to "$2" ipproto tcp dport 8000 blackhole
