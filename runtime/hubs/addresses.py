@@ -11,7 +11,7 @@ except ImportError:  # the address is then shown without its picture
 
 
 def is_local(address):
-    """Whether an address, with a port or without, leads nowhere from other machines."""
+    """Whether an address, with or without a port, can be reached from this machine alone."""
     host = address.rsplit(":", 1)[0] if address.rpartition(":")[2].isdecimal() else address
     if host == "localhost" or host.endswith(".localhost"):
         return True
@@ -37,8 +37,8 @@ def visitors_address(request):
 
 
 def qr_code(text):
-    """The text as a QR code, an SVG element; empty without the package that draws it, or for more
-    than an address has."""
+    """The text as a QR code, an SVG element; empty without the package that draws it, or if the
+    text is too long for an address."""
     if not segno or len(text) > 300:
         return ""
     return mark_safe(segno.make(text, micro=False).svg_inline(omitsize=True, border=3))

@@ -1,4 +1,4 @@
-"""The form of logging in."""
+"""The log-in form."""
 
 import threading
 from contextlib import contextmanager
@@ -10,22 +10,22 @@ from . import limits
 from .login_tries import LoginTries
 
 _tries = LoginTries()
-_judging = threading.Lock()
+_checking = threading.Lock()
 # Addresses that share one by chance wait for each other.
 _lines = [threading.Lock() for _ in range(64)]
 
 
 @contextmanager
 def _turn(address):
-    """One password is judged at a time: that takes a processor for a good while, and pages are to
-    be served meanwhile. Each address waits for itself first, so that one that brings a hundred
-    log-ins delays the others by one of them."""
-    with _lines[hash(address) % len(_lines)], _judging:
+    """One password is checked at a time: that takes much processor time, and pages must be served
+    meanwhile. The log-ins of one address also wait for each other, so that a hundred of them
+    delay another address by one."""
+    with _lines[hash(address) % len(_lines)], _checking:
         yield
 
 
 class LoginForm(AdminAuthenticationForm):
-    """Logs staff in; slow to those who guess.
+    """Logs staff in, and slows down those who guess passwords.
 
     Tries are counted by account and address together: whoever guesses keeps neither the rest of a
     class behind the same router from its accounts, nor the account's owner from another address,
@@ -43,7 +43,7 @@ class LoginForm(AdminAuthenticationForm):
     def clean(self):
         account = self.cleaned_data.get("username")
         if not account or not self.cleaned_data.get("password"):
-            return super().clean()  # nothing is judged
+            return super().clean()  # nothing is checked
         address = self.request.META["REMOTE_ADDR"]
         # Counted before the password is looked at: tries may come at the same time.
         if _tries.add((address, account)) > limits.LOGIN_TRIES:

@@ -9,14 +9,14 @@ from django.contrib.messages.storage.cookie import CookieStorage
 from django.http import HttpResponse
 from django.utils.cache import patch_vary_headers
 
-_SECONDS = 1
-_MOST = 64
+_KEPT_SECONDS = 1
+_MAX_PAGES = 64
 
-_kept = {}  # address of a page: its bytes, and until when they are good
+_kept = {}  # address of a page: its bytes, and when they expire
 _rendering = threading.Lock()
 
 
-def _good(address):
+def _fresh(address):
     body, end = _kept.get(address, (None, 0))
     return body if time.monotonic() < end else None
 
@@ -25,8 +25,8 @@ def _keep(address, body):
     now = time.monotonic()
     for other in [key for key, (_, end) in _kept.items() if end <= now]:
         del _kept[other]
-    if len(_kept) < _MOST:
-        _kept[address] = (body, now + _SECONDS)
+    if len(_kept) < _MAX_PAGES:
+        _kept[address] = (body, now + _KEPT_SECONDS)
 
 
 def _answer(body):
@@ -41,17 +41,17 @@ def _is_personal(request):
 
 
 def same_for_visitors(view):
-    """Keep what the view answers for a second, for visitors who bring none of our cookies. What
-    gives a visitor something of his own (a form's token, a cookie) is not kept."""
+    """Keep what the view answers for a second, for visitors who send none of our cookies. Answers
+    that are for one visitor (with a form's token or a cookie) are not kept."""
     @functools.wraps(view)
     def kept_view(request, **words):
         if _is_personal(request):
             return view(request, **words)
         address = (request.META.get("HTTP_HOST"), request.path, request.META["QUERY_STRING"])
-        body = _good(address)
+        body = _fresh(address)
         if body is None:
             with _rendering:  # the others wait for the one page
-                body = _good(address)
+                body = _fresh(address)
                 if body is None:
                     response = view(request, **words)
                     if (response.status_code != 200 or response.cookies

@@ -7,15 +7,16 @@ from . import limits
 
 
 class LoginTries:
-    """Counts tries by a key for LOGIN_PAUSE seconds from the first. No number of other keys pushes
-    a count out. Each process of a server counts for itself; its threads may do so at once."""
+    """Counts tries by a key for LOGIN_PAUSE seconds from the first. Other keys, however
+    many, push no count out. Each process of a server counts for itself; its threads may do so at
+    once."""
 
     def __init__(self):
         self._counts = {}  # key: number of tries, and when they are forgotten; the oldest first
         self._lock = threading.Lock()
 
     def add(self, key):
-        """Count one try more. Returns their number."""
+        """Count another try. Returns their number."""
         now = time.monotonic()
         with self._lock:
             for other in list(self._counts):
@@ -27,6 +28,6 @@ class LoginTries:
         return number + 1
 
     def forget(self, key):
-        """Start at nothing for the key."""
+        """Reset the count of the key."""
         with self._lock:
             self._counts.pop(key, None)

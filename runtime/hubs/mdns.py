@@ -92,17 +92,18 @@ class Announcement:
             self._zeroconf.loop.call_soon_threadsafe(_forget_others, self._zeroconf.cache)
 
     def _register(self, zeroconf):
-        own = next((name for name in self._candidates() if not self._is_taken(zeroconf, name)), None)
+        free = (name for name in self._candidates() if not self._is_taken(zeroconf, name))
+        own = next(free, None)
         if not own:
             self._say("Un appareil de ce réseau local répond à tous les noms : le réseau n'a pas de"
                       " nom en « .local », donnez l'adresse.")
             return
         shared_is_taken = self._is_taken(zeroconf, _SHARED_NAME)
-        free = [(own, "_http", service_name(self._display_name))]
+        services = [(own, "_http", service_name(self._display_name))]
         if not shared_is_taken and own != _SHARED_NAME:
             # A host name needs a service that it belongs to.
-            free.append((_SHARED_NAME, "_quorvale", own))
-        for host, kind, instance in free:
+            services.append((_SHARED_NAME, "_quorvale", own))
+        for host, kind, instance in services:
             if self._end.is_set():
                 return
             self._zeroconf.register_service(zeroconf.ServiceInfo(

@@ -1,4 +1,4 @@
-"""What every request and answer of a network has in common."""
+"""What is done to every request and every answer of a network."""
 
 import math
 
@@ -10,8 +10,8 @@ from .bodies import drain
 
 
 def visitors_own_address(get_response):
-    """Take the visitor's address, and the one at which he reached this machine, from a web server
-    that passes requests on through a Unix socket. Whoever comes by the network has these already."""
+    """Take the visitor's address, and the one at which they reached this machine, from a web server
+    that passes requests on through a Unix socket. Requests over the network have these already."""
     def middleware(request):
         if not request.META.get("REMOTE_ADDR"):
             request.META["REMOTE_ADDR"] = request.META.get("HTTP_X_REAL_IP", "")
@@ -23,7 +23,7 @@ def visitors_own_address(get_response):
 
 
 def own_content_only(get_response):
-    """Let pages use nothing but what comes from this server."""
+    """Let pages load nothing from other servers."""
     def middleware(request):
         response = get_response(request)
         response.setdefault("Content-Security-Policy", "default-src 'self'; base-uri 'none'; "
@@ -46,14 +46,14 @@ def headers_alone(get_response):
 
 
 def _announced_size(request):
-    """The size of the body in bytes; infinite if what the request says is no size."""
+    """The size of the body in bytes; infinite if the header is not a number."""
     size = request.META.get("CONTENT_LENGTH") or "0"
     return int(size) if size.isdecimal() and len(size) < 20 else math.inf
 
 
 def _page_and_rest(request, page):
     """The page. Then reads on for a while where that is safe: a web server that is still passing
-    the body on would take the end of the connection for a fault, and not look at the page."""
+    the body on would take the closed connection for an error, and not pass the page on."""
     yield page
     if request.META.get("wsgi.input_terminated"):
         drain(request.META["wsgi.input"].read)

@@ -25,7 +25,7 @@ except ImportError:  # then letters that have no plain form are left out
 PROJECT = Path(__file__).resolve().parent.parent.parent
 LONGEST = 100
 
-# Characters that are no text: controls, and bytes of file names that are no UTF-8.
+# Not text: control characters, and bytes of file names that are not UTF-8.
 _UNFIT = re.compile(r"[\x00-\x1f\x7f-\x9f\ud800-\udfff]+")
 
 # The client's shell would take these for a pattern or a command of its echo.
@@ -45,7 +45,7 @@ def _open_without_waiting(path, flags):
 
 
 def from_file(path):
-    """The name that stands in a file; empty if there is none."""
+    """The name in a file; empty if there is none."""
     try:
         with open(path, "rb", opener=_open_without_waiting) as file:
             content = file.read(10 * LONGEST) or b""
@@ -71,8 +71,8 @@ def _nearest(char):
 
 
 def latin_1(text):
-    """The text in ISO-8859-1, each letter that it lacks as the nearest ones or, without such, left
-    out. No character that means something to a shell's pattern comes in that way."""
+    """The text in ISO-8859-1. Letters that it lacks are replaced by similar ones, or left out; no
+    character that is special to the shell is added."""
     fit = _UNFIT.sub(" ", unicodedata.normalize("NFC", text)).translate(_LOOKALIKES)
     letters = (char if ord(char) < 256 else _nearest(char) for char in fit)
     return " ".join("".join(letters).split()).encode("latin-1", "ignore")

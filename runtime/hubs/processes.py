@@ -1,4 +1,4 @@
-"""The networks that an operator serves on this machine, as the process list tells them.
+"""The networks that an operator serves on this machine, found in the process list.
 
 The server of a network is a process of the operator's own, "python3 manage.py runserver ...",
 however python and manage.py were named, whose working directory is the network's: it holds
@@ -23,8 +23,8 @@ _PROCESSES = Path("/proc")
 _LISTENS = "0A"
 _REMOVED = " (deleted)"  # the kernel's word for it
 
-# Who listens at an address: the name of the user, the start of the command line as far as it can be
-# told, and the directory if it is a network of this operator.
+# Who listens at an address: the name of the user, the start of the command line if it
+# can be read, and the directory if it is a network of this operator.
 Holder = collections.namedtuple("Holder", "user program network")
 
 
@@ -81,14 +81,14 @@ def networks():
     return [(process, directory) for process, directory in found if directory]
 
 
-def _is_in_the_way(listener, wanted):
-    """Whether a listener leaves no room at the wanted IPv4 address; the kernel writes it in hex."""
+def _occupies(listener, wanted):
+    """Whether a listener's address, in the kernel's hexadecimal, occupies the wanted IPv4 one."""
     wanted, = struct.unpack("=I", socket.inet_aton(wanted))
     return wanted == 0 or not listener.strip("0") or listener[-8:] == f"{wanted:08X}"
 
 
 def _listeners(address, port):
-    """The sockets that take the address: (inode, user number)."""
+    """The sockets that listen where the address is wanted: (inode, user number)."""
     for table in ("tcp", "tcp6"):
         try:
             lines = (_PROCESSES / "net" / table).read_text("ascii").splitlines()[1:]
@@ -97,7 +97,7 @@ def _listeners(address, port):
         for fields in map(str.split, lines):
             its_address, its_port = fields[1].split(":")
             if (fields[3] == _LISTENS and int(its_port, 16) == port
-                    and _is_in_the_way(its_address, address)):
+                    and _occupies(its_address, address)):
                 yield fields[9], int(fields[7])
 
 
@@ -120,7 +120,7 @@ def holder(address, port):
     """Who listens where the IPv4 address is wanted; None if nobody can be seen there."""
     for inode, owner in _listeners(address, port):
         process = next((number for number in _numbers() if _holds(number, inode)), None)
-        if process is None:  # another user's: then what he serves is as near as can be told
+        if process is None:  # another user's: a server of theirs is the best guess
             process = next((number for number in _numbers()
                             if _owner(number) == owner and _serves(number)), None)
         program = " ".join(map(os.fsdecode, _arguments(process)[:3]))
@@ -142,7 +142,7 @@ def _ended(process, seconds):
 
 
 def end(directory):
-    """End the servers of this operator's network: orderly, after some seconds by force."""
+    """End the servers of this operator's network: by SIGTERM, after five seconds by SIGKILL."""
     servers = [process for process, its_directory in networks() if its_directory == directory]
     for number in (signal.SIGTERM, signal.SIGKILL):
         for process in servers:

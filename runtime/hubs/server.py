@@ -1,7 +1,7 @@
-"""The server of a network: Django's own, made to hold a school.
+"""The server of a network: Django's own, able to serve a school.
 
 What differs from Django's: connections may queue (128), and only so many may be open; none may wait
-for a request for long, take its time over a request's head, or stand still; nothing is looked up in
+long for a request, send its head slowly, or stand still; nothing is looked up in
 the DNS; answers are not held back on kept connections; files are sent by the kernel; and of a body
 that the page does not read, only pieces are ever in memory.
 """

@@ -1,4 +1,4 @@
-"""The operator's terminal, which neither what visitors write nor a key pressed by mistake may stop."""
+"""The operator's terminal, which neither visitors' text nor a key pressed by mistake may stop."""
 
 import contextlib
 import io

@@ -1,4 +1,4 @@
-"""Makes an account of the network. Its password is the first line of standard input.
+"""Creates an account of the network. Its password is the first line of standard input.
 
 Why an account was refused stands on standard error, in French, a reason a line.
 """

@@ -22,7 +22,8 @@ _REASONS = {
 
 
 def allow_many_files():
-    """A connection needs some: its own, what it sends or is sent, and the database."""
+    """Raise the limit of open files: a connection needs its own, one for what it sends or receives,
+    and the database."""
     allowed, most = resource.getrlimit(resource.RLIMIT_NOFILE)
     resource.setrlimit(resource.RLIMIT_NOFILE, (max(allowed, min(most, 8192)), most))
 
@@ -35,7 +36,7 @@ class Command(runserver.Command):
     help = "Sert le réseau jusqu'à Ctrl+C."
 
     def handle(self, *args, **options):
-        # What a machine without any network is started with.
+        # On a machine without a network, the programs give no address.
         if (options["addrport"] or "").startswith(":"):
             options["addrport"] = self.default_addr + options["addrport"]
         super().handle(*args, **options)
@@ -76,7 +77,7 @@ class Command(runserver.Command):
             self.say("Le réseau est arrêté.")
 
     def listen(self):
-        """Returns the server, which listens; ends this operator's network that is in its way."""
+        """Returns the listening server; ends a network of this operator that holds the port."""
         deadline = time.monotonic() + 15
         while True:
             try:
