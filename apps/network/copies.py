@@ -14,6 +14,7 @@ import fcntl
 import hashlib
 import os
 import re
+import resource
 import shutil
 import sqlite3
 import stat
@@ -33,6 +34,7 @@ _PAGES = ("templates", "static")
 _PROGRAMS = ("settings.py", "urls.py", "hubs")
 _MAX_FILES = 100_000
 _MAX_DEPTH = 10
+_MEMORY_BYTES = 512 * 2**20
 # What stays free on the disk
 _SPARE_BYTES = 100 * 2**20
 # As the pages show and take them: visible, and without what could mislead
@@ -217,12 +219,24 @@ def _extract_file(archive, info, target):
     os.utime(target, (changed, changed))
 
 
+@contextmanager
+def _memory_bounded():
+    """The table of contents of an archive could be as large as the disk."""
+    limits = resource.getrlimit(resource.RLIMIT_AS)
+    resource.setrlimit(resource.RLIMIT_AS, (_MEMORY_BYTES, limits[1]))
+    try:
+        yield
+    finally:
+        resource.setrlimit(resource.RLIMIT_AS, limits)
+
+
 def _extract(source, contents):
     """Lay the files of a copy out below CONTENTS: in "projet" what goes into the project's
     directory, in "paquet" what goes into its package. Returns the names of those left out."""
     left_out = []
     (contents / "paquet/ressources").mkdir(parents=True)
-    with open(source, "rb", opener=registry.open_without_waiting) as file, zipfile.ZipFile(file) as archive:
+    with _memory_bounded(), open(source, "rb", opener=registry.open_without_waiting) as file, \
+            zipfile.ZipFile(file) as archive:
         for info in _checked(archive, os.fstat(file.fileno()).st_size):
             if info.filename == "nom.txt":
                 _extract_file(archive, info, contents / info.filename)
@@ -264,7 +278,7 @@ def restore(source, new):
             left_out = _extract(source, contents)
             return _create(contents, new, descriptor), left_out
         except (zipfile.BadZipFile, sqlite3.Error, EOFError, FileExistsError, NotADirectoryError,
-                IsADirectoryError, NotImplementedError, OverflowError, ValueError):
+                IsADirectoryError, MemoryError, NotImplementedError, OverflowError, ValueError):
             raise Refused(_UNUSABLE) from None
         finally:
             shutil.rmtree(contents)
