@@ -9,8 +9,10 @@
 #include <chrono>
 #include <csignal>
 #include <future>
+#include <memory>
 #include <stdexcept>
 
+#include "background_command.h"
 #include "djangomanager.h"
 #include "hub_utilities.h"
 #include "network.h"
@@ -200,6 +202,20 @@ private slots:
             QCOMPARE(result, row.after == row.before ? 1 : 0);
             QCOMPARE(output.err.count('\n'), result);
         }
+    }
+
+    void a_command_clears_up_when_its_owner_goes() {
+        const TestDirectory directory;
+        auto owner = std::make_unique<QObject>();
+        const QString script = QStringLiteral(
+            "trap 'touch cleared; exit' TERM; touch begun; while :; do sleep 0.05; done");
+        bool called = false;
+        run_in_background(*owner, {QStringLiteral("sh"), QStringLiteral("-c"), script},
+                          QDir::currentPath(), {}, [&](int, const QString&) { called = true; });
+        QTRY_VERIFY(QFile::exists(QStringLiteral("begun")));
+        owner.reset();
+        QVERIFY(QFile::exists(QStringLiteral("cleared")));
+        QVERIFY(!called);
     }
 
     void recording_takes_turns() {

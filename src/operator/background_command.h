@@ -12,7 +12,7 @@ using CommandEnd = std::function<void(int status, const QString& said)>;
 
 /// Runs a command, a program and its arguments, in a directory, with one line on its standard
 /// input, without blocking the windows. `ended` is called once. Python uses UTF-8 in it, whatever
-/// the session's encoding. When the owner is destroyed, the command is killed and nothing is
-/// called.
+/// the session's encoding. When the owner is destroyed, the command is asked to end and, after
+/// two seconds, killed; nothing is called.
 void run_in_background(QObject& owner, const QStringList& command, const QString& directory,
                        const QByteArray& line, const CommandEnd& ended);
