@@ -8,7 +8,6 @@ import stat
 import subprocess
 import sys
 import tempfile
-import threading
 import unittest
 import zipfile
 from pathlib import Path
@@ -124,7 +123,7 @@ class Network(unittest.TestCase):
             self.refused(reason, "rename", "--", *names)
 
     def test_copy_and_restore(self):
-        """While it is served and its accounts change; into another home."""
+        """While it is served, with accounts half changed; into another home."""
         ressources, pages = self.package / "ressources", self.package / "templates"
         (ressources / "Suites").mkdir()
         for path, content in ((ressources / "Suites/é.txt", "é"), (ressources / ".tmp1", "half"),
@@ -136,14 +135,8 @@ class Network(unittest.TestCase):
         (ressources / "passwd").symlink_to("/etc/passwd")
         os.utime(ressources / "Suites/é.txt", (1_000_000_000, 1_000_000_000))
         self.serve()
-        ended = threading.Event()
-        writer = threading.Thread(target=self.change_accounts, args=(ended,))
-        writer.start()
-        try:
-            self.done("copy", "Été", str(self.copy))
-        finally:
-            ended.set()
-            writer.join()
+        self.interrupt_change_of_accounts()
+        self.done("copy", "Été", str(self.copy))
         self.assertEqual(stat.S_IMODE(self.copy.stat().st_mode), 0o600)
         for target in (self.copy, self.root / "none/copie"):
             self.refused("existe", "copy", "Été", str(target))
@@ -167,19 +160,22 @@ class Network(unittest.TestCase):
         self.assertEqual((project / "secret_key").read_text(),
                          (self.project / "secret_key").read_text())
         with sqlite3.connect(project / "db.sqlite3") as database:
-            self.assertEqual(len(set(database.execute("SELECT email FROM auth_user"))), 1)
+            self.assertEqual(set(database.execute("SELECT email FROM auth_user")), {("",)})
         self.assertNotIn(".restauration", os.listdir(work))
 
-    def change_accounts(self, ended):
-        with sqlite3.connect(self.project / "db.sqlite3") as database:
-            database.executemany(
-                "INSERT INTO auth_user VALUES (?, '', NULL, 0, ?, '', '', 0, 0, '', '')",
-                [(number, str(number)) for number in range(5000)])
-        for number in range(10_000):
-            with sqlite3.connect(self.project / "db.sqlite3") as database:
-                database.execute("UPDATE auth_user SET email = ?", [str(number)])
-            if ended.is_set():
-                return
+    def interrupt_change_of_accounts(self):
+        """Leave the database as a server does that is killed meanwhile."""
+        database = sqlite3.connect(self.project / "db.sqlite3")
+        database.executemany(
+            "INSERT INTO auth_user VALUES (?, '', NULL, 0, ?, '', '', 0, 0, '', '')",
+            [(number, str(number)) for number in range(5000)])
+        database.commit()
+        database.execute("PRAGMA cache_size = 1")  # the change is in the file before it is whole
+        database.execute("UPDATE auth_user SET email = 'changed'")
+        files = [self.project / name for name in ("db.sqlite3", "db.sqlite3-journal")]
+        subprocess.run(["cp", *files, self.root], check=True)
+        database.close()
+        subprocess.run(["mv", *(self.root / file.name for file in files), self.project], check=True)
 
     def archive(self, files, comment=b"Quorvale 1", **changes):
         """A copy that holds these files."""
