@@ -1,6 +1,8 @@
-"""Creates an account of the network. Its password is the first line of standard input.
+"""The accounts of the network: creates and lists them, changes their passwords, removes them.
 
-Why an account was refused stands on standard error, in French, a reason a line.
+A password is the first line of standard input. A list has one account per line: role, pseudonym and
+name, separated by tabs. Why something was refused stands on standard error, in French, one reason
+per line.
 """
 
 import sys
@@ -22,18 +24,26 @@ PSEUDONYM_REFUSED = 4
 
 
 class Command(BaseCommand):
-    help = "Crée un compte ; son mot de passe est lu sur l'entrée standard"
+    help = "Crée, liste, change et supprime les comptes ; un mot de passe est lu sur l'entrée standard"
 
     def add_arguments(self, parser):
-        parser.add_argument("role", choices=ROLES)
-        parser.add_argument("pseudo")
+        jobs = {"liste": self.list_all, "mot-de-passe": self.change_password,
+                "supprimer": self.remove}
+        parser.set_defaults(jobs=jobs)
+        parser.add_argument("action", choices=(*ROLES, *jobs), metavar="ACTION",
+                            help=", ".join((*ROLES, *jobs)))
+        parser.add_argument("pseudo", nargs="?", default="")
         parser.add_argument("nom", nargs="?", default="")
 
-    def handle(self, *, role, pseudo, nom, **options):
+    def handle(self, *, action, pseudo, nom, jobs, **options):
         # Refusals are read by a person, whatever language the session has.
         with translation.override("fr"):
             try:
-                self.make(role, pseudo, nom)
+                with transaction.atomic():
+                    if action in ROLES:
+                        self.make(action, pseudo, nom)
+                    else:
+                        jobs[action](pseudo)
             except DatabaseError:
                 self.refuse(["La base de données du réseau n'est pas prête."], FAILED)
 
@@ -49,15 +59,40 @@ class Command(BaseCommand):
             username=model.normalize_username(pseudo),
             first_name=" ".join(first)[:model._meta.get_field("first_name").max_length],
             last_name=last[:model._meta.get_field("last_name").max_length], **ROLES[role])
+        try:
+            user.full_clean(exclude=["password"])
+        except ValidationError as error:
+            self.refuse(error.messages, PSEUDONYM_REFUSED)
+        self.give_password(user)
+
+    def give_password(self, user):
         password = sys.stdin.readline().rstrip("\n")
-        with transaction.atomic():
-            try:
-                user.full_clean(exclude=["password"])
-            except ValidationError as error:
-                self.refuse(error.messages, PSEUDONYM_REFUSED)
-            try:
-                password_validation.validate_password(password, user)
-            except ValidationError as error:
-                self.refuse(error.messages, PASSWORD_REFUSED)
-            user.set_password(password)
-            user.save()
+        try:
+            password_validation.validate_password(password, user)
+        except ValidationError as error:
+            self.refuse(error.messages, PASSWORD_REFUSED)
+        user.set_password(password)
+        user.save()
+
+    def find(self, pseudo):
+        try:
+            return get_user_model().objects.get(username=pseudo)
+        except get_user_model().DoesNotExist:
+            self.refuse([f"Le compte « {pseudo} » n'existe pas."], PSEUDONYM_REFUSED)
+
+    def list_all(self, _pseudo):
+        for user in get_user_model().objects.order_by("username"):
+            role = "super" if user.is_superuser else "standard" if user.is_staff else "invite"
+            name = " ".join(user.get_full_name().split())
+            self.stdout.write(f"{role}\t{user.username}\t{name}")
+
+    def change_password(self, pseudo):
+        self.give_password(self.find(pseudo))
+
+    def remove(self, pseudo):
+        user = self.find(pseudo)
+        others = get_user_model().objects.exclude(pk=user.pk)
+        if user.is_superuser and not others.filter(is_superuser=True, is_active=True).exists():
+            self.refuse([f"« {pseudo} » est le dernier super-utilisateur du réseau : il n'est pas"
+                         " supprimé."], PSEUDONYM_REFUSED)
+        user.delete()
