@@ -35,6 +35,11 @@ public:
     /// Connected screen. Its texts are fixed: the server is not named on it.
     void network_selected_mode();
 
+    /// Returns the servers found, in the order of the list's buttons; they belong to the window.
+    const std::vector<Network*>& found_networks() const {
+        return networks;
+    }
+
     /// Clears the current screen; the argument is not used.
     void remove_layouts(QWidget* widget);
 

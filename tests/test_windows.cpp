@@ -11,6 +11,7 @@
 #include <memory>
 
 #include "../apps/client/client_controls.h"
+#include "../apps/client/server_request.h"
 #include "../apps/desk/creation_form.h"
 #include "../apps/setup/account_form.h"
 #include "applicationsetup.h"
@@ -114,6 +115,20 @@ QByteArray refusals(const QWidget& window, const QStringList& typed) {
         }
     }
     return reasons;
+}
+
+/// Answers the next dialog of that name, which blocks the test's own loops.
+void answer_dialog(const char* name, const std::function<void(QWidget& dialog)>& answer) {
+    auto* timer = new QTimer(qApp);
+    QObject::connect(timer, &QTimer::timeout, timer, [=] {
+        QWidget* dialog = QApplication::activeModalWidget();
+        if (dialog != nullptr && dialog->objectName() == QLatin1String(name)) {
+            timer->deleteLater();
+            timer->stop();
+            answer(*dialog);
+        }
+    });
+    timer->start(10);
 }
 
 /// The product's style sheet, for as long as the test runs.
@@ -287,48 +302,119 @@ private slots:
         QCOMPARE(output.err, QByteArray());
     }
 
-    void client_finds_and_opens() {
-        const ProductDirectory directory;
+    /// A LAN of three servers, one of which has ended since it was found; another is beyond it.
+    static void fake_lan(const ProductDirectory& directory) {
         directory.fake_command(QStringLiteral("ifconfig"), "echo '  inet 192.0.2.10'\n");
         directory.fake_command(QStringLiteral("nmap"),
                                "printf 'Nmap scan report for %s (192.0.2.%s)\\n' a 5 b 7 c 9\n");
         directory.fake_command(QStringLiteral("curl"), R"sh(case "$*" in
+            *--fail*.9:8000/_infos/kl/) exit 7;;
             *.5:8000/_infos/kl/) printf 'Atelier Nord';;
             *.7:8000/_infos/kl/) printf '\311cole';;
             *.9:8000/_infos/kl/) ;;
+            *loin:80/_infos/kl/) printf '<Loin>';;
+            *loin:8000/_infos/kl/) printf 'L&oin';;
             *) echo 'HTTP/1.1 200 OK';;
             esac)sh");
-        const auto window = screen(QStringLiteral("search"));
-        QCOMPARE(snapshot(*window), expected_snapshot(QStringLiteral("list")));
-
-        const Browser browser(*window);
-        new ClientControls(static_cast<ClientWindow&>(*window));
-        QString asked;
-        const auto click = [&](int number, const char* screen, const char* address) {
-            QTest::mouseClick(button(*window, number), Qt::LeftButton);
-            QCoreApplication::processEvents();
-            QCOMPARE(snapshot(*window), expected_snapshot(QString::fromLatin1(screen)));
-            asked += QString::fromLatin1(address);
-            QCOMPARE(browser.asked.join(QString()), asked);
-        };
-        click(1, "connected", "http://192.0.2.7:8000");
-        QCOMPARE(browser.seen, expected_snapshot(QStringLiteral("list")));
-        click(0, "connected", "http://192.0.2.7:8000");
-        click(1, "list", "");
-        QCOMPARE(window->focusWidget(), button(*window, 1));
-        click(0, "connected", "http://192.0.2.5:8000");
-        click(0, "connected", "http://192.0.2.5:8000");
     }
 
-    void client_searches_again() {
+    void client_finds_and_opens() {
         const ProductDirectory directory;
+        fake_lan(directory);
+        const auto window = screen(QStringLiteral("search"));
+        QCOMPARE(snapshot(*window), expected_snapshot(QStringLiteral("list")));
+        const Browser browser(*window);
+        QTest::mouseClick(button(*window, 1), Qt::LeftButton);
+        QCOMPARE(browser.seen, expected_snapshot(QStringLiteral("list")));
+        QCOMPARE(browser.asked, QStringList(QStringLiteral("http://192.0.2.7:8000")));
+        QCOMPARE(snapshot(*window), expected_snapshot(QStringLiteral("connected")));
+    }
+
+    void client_controls() {
+        const ProductDirectory directory;
+        fake_lan(directory);
         ClientWindow window(nullptr);
-        QVERIFY(!has_servers(window));
-        for (const int number : {0, 1, -1}) {
+        const Browser browser(window);
+        new ClientControls(window);
+        window.show();
+        const auto click = [&](const char* name, int number = 0) {
+            const auto buttons = window.findChildren<QPushButton*>(QLatin1String(name));
+            QTest::mouseClick(buttons[number], Qt::LeftButton);
+        };
+        const auto connected_to = [&](const char* name, const char* address) {
+            const auto* label = window.findChild<QLabel*>(QStringLiteral("information"));
+            return label != nullptr && label->text().contains(QString::fromUtf8(name)) &&
+                   label->text().contains(QLatin1String(address)) &&
+                   browser.asked.last() == QLatin1String(address);
+        };
+        click("network_button", 1);
+        QVERIFY(browser.asked.isEmpty());  // not before it has answered
+        QTRY_VERIFY(connected_to("École", "http://192.0.2.7:8000"));
+        click("access_button");
+        QTRY_COMPARE(browser.asked.size(), 2);
+        QTRY_VERIFY(connected_to("École", "http://192.0.2.7:8000"));
+        click("selection_button");
+        QTRY_COMPARE(window.findChildren<QPushButton*>(QStringLiteral("network_button")).size(), 3);
+        QCOMPARE(window.focusWidget(), button(window, 1));
+
+        bool silent = false;
+        answer_dialog("silence_message", [&silent](QWidget& message) {
+            silent = true;
+            message.close();
+        });
+        click("network_button", 2);
+        QTRY_VERIFY(silent);
+        QCOMPARE(browser.asked.size(), 2);
+
+        answer_dialog("address_dialog", [](QWidget& dialog) {
+            auto* field = dialog.findChild<QLineEdit*>(QStringLiteral("address_field"));
+            const auto* state = dialog.findChild<QLabel*>(QStringLiteral("address_state"));
+            for (const auto& [typed, said] :
+                 {std::make_pair("a b", "Ce n'est pas une adresse"), {"loin:80", "n'a répondu"}}) {
+                field->setText(QLatin1String(typed));
+                QTest::keyClick(field, Qt::Key_Return);
+                QTRY_VERIFY(state->text().contains(QString::fromUtf8(said)));
+            }
+            field->setText(QStringLiteral("http://loin/"));
+            QTest::keyClick(field, Qt::Key_Return);
+        });
+        click("other_button");
+        QTRY_VERIFY(connected_to("L&amp;oin", "http://loin:8000"));
+        click("selection_button");
+        QTRY_VERIFY(window.findChild<QPushButton*>(QStringLiteral("again_button")) != nullptr);
+        QTimer::singleShot(0, &window, [&] { click("again_button"); });
+        QCOMPARE(QApplication::exec(), int(ClientControls::search_again));
+    }
+
+    void client_finds_nothing() {
+        const ProductDirectory directory;
+        for (const int number : {0, 2, -1}) {
+            ClientWindow window(nullptr);
+            new ClientControls(window);
+            window.show();
             QTimer::singleShot(0, &window, [&] {
                 number < 0 ? window.reject() : button(window, number)->click();
             });
-            QCOMPARE(wants_another_search(window), number == 0);
+            QCOMPARE(QApplication::exec(), number == 0 ? int(ClientControls::search_again) : 0);
+            QVERIFY(number == 0 || !window.isVisible());
+        }
+    }
+
+    void server_addresses() {
+        const std::pair<const char*, const char*> rows[] = {
+            {" 192.0.2.7 ", "192.0.2.7:8000"},
+            {"http://Salle-3.local:81/", "Salle-3.local:81"},
+            {"192.0.2.256", ""},
+            {"192.0.2", ""},
+            {"a:0", ""},
+            {"a:65536", ""},
+            {"a;b", ""},
+            {"-a", ""},
+            {"a@b:1", ""},
+            {"https://a", ""},
+        };
+        for (const auto& [typed, address] : rows) {
+            QCOMPARE(server_address(QString::fromUtf8(typed)), QString::fromUtf8(address));
         }
     }
 

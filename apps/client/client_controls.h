@@ -1,30 +1,33 @@
 #pragma once
 
 #include <QObject>
+#include <string>
 
 class ClientWindow;
-class QPushButton;
 
-/// Makes the buttons of the client's connected screen work: one opens the server again, the other
-/// leads back to the list. Belongs to the window.
+/// Makes the client's screens work once its search has ended: the list, where a server is asked
+/// before it is opened and others can be typed or searched for, and the connected screen, which
+/// names the server. Belongs to the window.
 class ClientControls : public QObject {
 public:
-    /// The window has ended its search.
+    /// What the event loop returns when the operator wants another search.
+    static constexpr int search_again = 1;
+
     explicit ClientControls(ClientWindow& shown);
 
 private:
-    /// Waits for a click in the list.
-    void follow_list();
-    /// The connected screen of button `index` of the list has come.
-    void follow_connected_screen(int index);
-    /// Returns button `index` of the list.
-    QPushButton* show_list(int index);
+    /// Completes the window's list screen. Button `focused` gets the focus.
+    void complete_list(int focused);
+    void show_list();
+    void choose(int index);
+    /// Opens the server at the address if it answers; `name` is what it was listed as.
+    void open_server(const std::string& address, const QString& name);
+    void show_connected(const std::string& address, const QString& name);
+    void ask_address();
+    void report_silence(const std::string& address, const QString& name);
+    void report_nothing_found();
 
     ClientWindow& window;
+    int chosen = 0;       ///< the button of the list that was clicked last
+    bool asking = false;  ///< a server that was chosen has not answered yet
 };
-
-/// Whether the window's search has found servers: the list is then shown.
-bool has_servers(const ClientWindow& window);
-
-/// Says that no server was found, and what the search needs. Returns whether to search again.
-bool wants_another_search(ClientWindow& window);

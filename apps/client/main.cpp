@@ -19,19 +19,6 @@ std::unique_ptr<ClientWindow> searched_window() {
     return window;
 }
 
-/// Searches until a window shows servers; null when the operator gives up.
-std::unique_ptr<ClientWindow> search() {
-    for (;;) {
-        auto window = searched_window();
-        if (has_servers(*window)) {
-            return window;
-        }
-        if (!wants_another_search(*window)) {
-            return nullptr;
-        }
-    }
-}
-
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -47,10 +34,11 @@ int main(int argc, char** argv) {
     }
     const ApplicationSetup setup;
     use_french_texts();
-    const std::unique_ptr<ClientWindow> window = search();
-    if (!window) {
-        return 0;
-    }
-    new ClientControls(*window);
-    return QApplication::exec();
+    int status = 0;
+    do {
+        const std::unique_ptr<ClientWindow> window = searched_window();
+        new ClientControls(*window);
+        status = QApplication::exec();
+    } while (status == ClientControls::search_again);
+    return status;
 }

@@ -1,6 +1,7 @@
 #include "wait_window.h"
 
 #include <QLabel>
+#include <QPushButton>
 #include <QTimer>
 #include <QVBoxLayout>
 
@@ -15,9 +16,9 @@ WaitWindow::WaitWindow() : seconds(status_label(QString(), QStringLiteral("color
     page->addWidget(status_label(QStringLiteral("Recherche d'un Reseau disponible ..."),
                                  QStringLiteral("color: blue; font-size: 18px;")));
     page->addWidget(seconds);
-    page->addWidget(
-        status_label(QStringLiteral("Cliquez ou appuyez sur Échap pour abandonner la recherche."),
-                     QStringLiteral("color: #333;")));
+    auto* cancel = named("cancel_button", new QPushButton(QStringLiteral("Abandonner (Échap)")));
+    page->addWidget(cancel, 0, Qt::AlignCenter);
+    connect(cancel, &QPushButton::clicked, this, &QDialog::reject);
     page->setSizeConstraint(QLayout::SetFixedSize);
 
     elapsed.start();
@@ -25,10 +26,6 @@ WaitWindow::WaitWindow() : seconds(status_label(QString(), QStringLiteral("color
     auto* timer = new QTimer(this);
     connect(timer, &QTimer::timeout, this, &WaitWindow::show_seconds);
     timer->start(1000);
-}
-
-void WaitWindow::mousePressEvent(QMouseEvent* /*event*/) {
-    reject();
 }
 
 void WaitWindow::show_seconds() {

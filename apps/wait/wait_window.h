@@ -5,14 +5,11 @@
 
 class QLabel;
 
-/// What stands on the screen while the client searches: the animation, and for how long already.
-/// Escape, a click anywhere and the close button close it.
+/// The window shown while the client searches: an animation, and for how long the search has run.
+/// Its button, Escape and the frame's close button close it.
 class WaitWindow : public QDialog {
 public:
     WaitWindow();
-
-protected:
-    void mousePressEvent(QMouseEvent* event) override;
 
 private:
     void show_seconds();
