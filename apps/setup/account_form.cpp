@@ -1,36 +1,35 @@
 #include "account_form.h"
 
 #include <QComboBox>
-#include <QDir>
-#include <QFile>
-#include <QInputDialog>
+#include <QGridLayout>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
-#include <QVBoxLayout>
+#include <algorithm>
 
-#include "background_command.h"
+#include "account_command.h"
 #include "creation_status.h"
 #include "form_state.h"
+#include "screen_pieces.h"
 #include "setupwindow.h"
 
 namespace {
 
-/// What the command calls the roles, in the order of the list.
-const char* const roles[] = {"super", "standard", "invite"};
+struct Role {
+    const char* name;  ///< what the command calls it
+    const char* rights;
+};
 
-QDir project_of(const RegisteredNetwork& network) {
-    return {QFile::decodeName(network.directory.c_str())};
-}
-
-/// Why no account can be made in the network, or an empty text.
-QString obstacle(const RegisteredNetwork& network) {
-    if (!has_project(network.directory)) {
-        return QStringLiteral("Le réseau « %1 » :\n").arg(network.name) +
-               project_missing(network.directory);
-    }
-    return {};
-}
+/// In the order of the list.
+const Role roles[] = {
+    {"super",
+     "Super-utilisateur : propose et supprime des fichiers, reçoit ceux des visiteurs, et "
+     "gère les comptes du réseau."},
+    {"standard",
+     "Propose et supprime des fichiers, et reçoit ceux des visiteurs. Ne gère pas les "
+     "comptes."},
+    {"invite", "N'a aucun droit de plus qu'un visiteur."}};
+const int standard = 1;
 
 }  // namespace
 
@@ -39,7 +38,8 @@ AccountForm::AccountForm(SetupWindow& shown)
       window(shown),
       role(shown.findChild<QComboBox*>(QStringLiteral("role_list"))),
       save_button(shown.findChild<QPushButton*>(QStringLiteral("save_button"))),
-      result(new QLabel) {
+      explanation(named("role_explanation", new QLabel)),
+      result(named("result", new QLabel)) {
     for (const char* field :
          {"pseudonym_field", "name_field", "password_field", "confirmation_field"}) {
         fields << window.findChild<QLineEdit*>(QLatin1String(field));
@@ -47,33 +47,76 @@ AccountForm::AccountForm(SetupWindow& shown)
     fields[password]->setEchoMode(QLineEdit::Password);
     fields[confirmation]->setEchoMode(QLineEdit::Password);
     save_button->setDefault(true);
-    result->setWordWrap(true);
-    result->setTextFormat(Qt::PlainText);  // whatever a network's name holds
-    result->hide();
-    // Room for a result of two lines, also with a large font.
-    QWidget* panel = save_button->parentWidget();
-    panel->layout()->setContentsMargins(10, 6, 10, 0);
+    save_button->setText(QStringLiteral("Enregistrer le compte"));
+    complete_section();
+    connect(role, QOverload<int>::of(&QComboBox::currentIndexChanged), this,
+            &AccountForm::explain_role);
+    role->setCurrentIndex(standard);
+    connect(save_button, &QPushButton::clicked, this, &AccountForm::save);
+}
+
+void AccountForm::complete_section() {
+    auto* panel = window.findChild<QWidget*>(QStringLiteral("form"));
+    auto* grid = static_cast<QGridLayout*>(panel->layout());
+    grid->setContentsMargins(10, 6, 10, 0);
+    const int last_row = grid->rowCount() - 1;
+    auto* caption =
+        static_cast<QLabel*>(grid->itemAtPosition(last_row - 1, 1)->widget());  // of the roles
+    caption->setText(QStringLiteral("Ce que peut ce compte :"));
+    auto* back = named("back_button", new QPushButton(QStringLiteral("Retour aux comptes")));
+    back->setAutoDefault(false);
+    grid->addWidget(back, last_row, 1, Qt::AlignBottom);
+    connect(back, &QPushButton::clicked, this, &AccountForm::left);
+
+    window.findChild<QWidget*>(QStringLiteral("section_heading"))->hide();
+    window.findChild<QLabel*>(QStringLiteral("section_title"))
+        ->setText(QStringLiteral(
+            "<div style='font-size:24px;font-weight:bold;'>Ajouter un compte</div>"));
     QLayout* section = panel->parentWidget()->layout();
     section->setContentsMargins(10, 10, 10, 0);
     section->setSpacing(0);
-    section->addWidget(result);
-    connect(save_button, &QPushButton::clicked, this, &AccountForm::save);
+    explanation->setStyleSheet(QStringLiteral("color:#333;margin:4px 10px;"));
+    for (QLabel* label : {explanation, result}) {
+        label->setWordWrap(true);
+        label->setTextFormat(Qt::PlainText);  // whatever a network's name holds
+        section->addWidget(label);
+    }
+    result->hide();
+}
+
+void AccountForm::set_network(const RegisteredNetwork& account_network) {
+    network = account_network;
+}
+
+void AccountForm::start() {
+    result->hide();
+    accept_fields(*save_button->parentWidget());
+    fields[pseudonym]->setFocus();
+}
+
+bool AccountForm::holds_something() const {
+    return std::any_of(fields.begin(), fields.end(),
+                       [](const QLineEdit* field) { return !field->text().isEmpty(); });
+}
+
+void AccountForm::explain_role(int chosen_role) {
+    explanation->setText(QString::fromUtf8(roles[chosen_role].rights));
 }
 
 void AccountForm::save() {
     if (!check()) {
         return;
     }
-    const RegisteredNetwork network = choose_network();
-    if (network.directory.empty()) {
+    if (!has_project(network.directory)) {
+        show_failure(project_missing(network.directory));
         return;
     }
-    const QString reason = obstacle(network);
-    if (!reason.isEmpty()) {
-        show_failure(reason);
-        return;
-    }
-    make_account(network);
+    set_busy(true);
+    run_account_command(
+        *this, network,
+        {QString::fromLatin1(roles[role->currentIndex()].name), QStringLiteral("--"),
+         fields[pseudonym]->text().trimmed(), fields[name]->text().simplified()},
+        fields[password]->text(), [this](int status, const QString& said) { end(status, said); });
 }
 
 bool AccountForm::check() {
@@ -93,47 +136,7 @@ bool AccountForm::check() {
     return check_password(*fields[password], *fields[confirmation]) && fit;
 }
 
-RegisteredNetwork AccountForm::choose_network() {
-    const std::vector<RegisteredNetwork> networks = registered_networks();
-    if (networks.empty()) {
-        show_failure(QStringLiteral(
-            "Il n'y a pas encore de réseau. Créez-en un d'abord : lancez Quorvale et cliquez sur "
-            "« + Creer un Nouveau Reseau »."));
-        return {};
-    }
-    if (networks.size() == 1) {
-        return networks[0];
-    }
-    QStringList names;
-    for (const RegisteredNetwork& network : networks) {
-        names += network.name;
-    }
-    QInputDialog choice(&window);
-    choice.setWindowTitle(QStringLiteral("Choix du réseau"));
-    choice.setLabelText(QStringLiteral("Dans quel réseau ajouter ce compte ?"));
-    choice.setComboBoxItems(names);
-    choice.setOkButtonText(QStringLiteral("Choisir"));
-    choice.setCancelButtonText(QStringLiteral("Annuler"));
-    if (choice.exec() != QDialog::Accepted) {
-        return {};
-    }
-    // By its place: two networks may have the same name.
-    const auto* list = choice.findChild<QComboBox*>();
-    return networks[static_cast<std::size_t>(list->currentIndex())];
-}
-
-void AccountForm::make_account(const RegisteredNetwork& network) {
-    set_busy(true);
-    run_in_background(
-        *this,
-        {QStringLiteral("python3"), QStringLiteral("manage.py"), QStringLiteral("compte"),
-         QString::fromLatin1(roles[role->currentIndex()]), QStringLiteral("--"),
-         fields[pseudonym]->text().trimmed(), fields[name]->text().simplified()},
-        project_of(network).absolutePath(), fields[password]->text().toUtf8(),
-        [=](int status, const QString& said) { end(network, status, said); });
-}
-
-void AccountForm::end(const RegisteredNetwork& network, int status, const QString& said) {
+void AccountForm::end(int status, const QString& said) {
     set_busy(false);
     switch (status) {
         case created_whole:

@@ -12,29 +12,43 @@ class QPushButton;
 class SetupWindow;
 
 /// Makes the form of the configuration window work: checks what is typed and has the network's own
-/// project make the account, while the window goes on. Belongs to the window.
+/// project create the account, without blocking the window. Belongs to the window.
 class AccountForm : public QObject {
+    Q_OBJECT
+
 public:
     explicit AccountForm(SetupWindow& shown);
+
+    /// The network that new accounts are for.
+    void set_network(const RegisteredNetwork& account_network);
+    /// The form has come to the screen.
+    void start();
+    /// Returns whether something is typed that was not sent.
+    bool holds_something() const;
+
+signals:
+    /// The operator wants back to the accounts.
+    void left();
 
 private:
     enum Field { pseudonym, name, password, confirmation };
 
+    void complete_section();
+    /// Says what an account of the chosen kind may do.
+    void explain_role(int chosen_role);
     void save();
     /// Returns whether all fields can be sent; says what is wrong at those that cannot.
     bool check();
-    /// Returns the only network, or the one that the operator chooses; none, when there is none or
-    /// the choice is given up.
-    RegisteredNetwork choose_network();
-    void make_account(const RegisteredNetwork& network);
-    void end(const RegisteredNetwork& network, int status, const QString& said);
+    void end(int status, const QString& said);
     void set_busy(bool busy);
     void show_failure(const QString& reason);
     void show_result(const QString& text, const char* colour);
 
     SetupWindow& window;
+    RegisteredNetwork network;
     QVector<QLineEdit*> fields;
     QComboBox* role;
     QPushButton* save_button;
+    QLabel* explanation;
     QLabel* result;
 };

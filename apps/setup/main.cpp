@@ -1,14 +1,14 @@
 #include <QApplication>
 
-#include "account_form.h"
 #include "applicationsetup.h"
 #include "command_line.h"
 #include "french_texts.h"
+#include "setup_controls.h"
 #include "setupwindow.h"
 
 int main(int argc, char** argv) {
     CommandLine line(QStringLiteral(
-        "Affiche la fenêtre de configuration de Quorvale, qui ajoute des comptes à un réseau."));
+        "Affiche la fenêtre de configuration de Quorvale, pour les comptes des réseaux et leurs\nrépertoires."));
     if (line.answers(argc, argv)) {
         return 0;
     }
@@ -20,7 +20,7 @@ int main(int argc, char** argv) {
     const ApplicationSetup setup;
     use_french_texts();
     SetupWindow window(nullptr);
-    new AccountForm(window);
+    new SetupControls(window);
     ApplicationSetup::dress_window(window);
     ApplicationSetup::show_first_window(window);
     return QApplication::exec();

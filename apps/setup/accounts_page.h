@@ -1,0 +1,33 @@
+#pragma once
+
+#include <QWidget>
+
+#include "registered_networks.h"
+
+class QPushButton;
+class RowList;
+
+/// The accounts of a network, each with what can be done with it.
+class AccountsPage : public QWidget {
+    Q_OBJECT
+
+public:
+    AccountsPage();
+
+    /// Shows the accounts of a network, once its project has told them.
+    void show_network(const RegisteredNetwork& shown);
+
+signals:
+    /// An account is to be added.
+    void adding();
+
+private:
+    void show_accounts(const QString& listed);
+    void change_password(const QString& pseudonym);
+    void remove(const QString& pseudonym);
+
+    RegisteredNetwork network;
+    RowList* list;
+    QPushButton* add_button;
+    QObject* reading = nullptr;  ///< owns the command that lists; belongs to the page
+};

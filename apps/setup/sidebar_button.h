@@ -1,0 +1,20 @@
+#pragma once
+
+#include <QPushButton>
+
+/// Makes an item of the sidebar, a picture over its caption, a button that can be checked. Lies
+/// over the item and belongs to it.
+class SidebarButton : public QPushButton {
+public:
+    /// `caption` is what the item is called on the screen and to a screen reader.
+    SidebarButton(QWidget& covered, const QString& caption);
+
+protected:
+    bool eventFilter(QObject* object, QEvent* event) override;
+
+private:
+    void show_state(bool checked);
+
+    QWidget& item;
+    QString caption;
+};
