@@ -13,7 +13,7 @@
 #include "../apps/client/client_controls.h"
 #include "../apps/client/server_request.h"
 #include "../apps/desk/creation_form.h"
-#include "../apps/setup/account_form.h"
+#include "../apps/setup/setup_controls.h"
 #include "applicationsetup.h"
 #include "clientwindow.h"
 #include "french_texts.h"
@@ -418,7 +418,7 @@ private slots:
         }
     }
 
-    void account_form() {
+    void configuration() {
         const TestDirectory directory;
         QByteArray registry;
         for (const QString& name : {QStringLiteral("a"), QStringLiteral("b")}) {
@@ -427,23 +427,26 @@ private slots:
         }
         directory.write(QStringLiteral("networks.data"), registry);
         directory.fake_command(QStringLiteral("python3"),
+                               "[ \"$3\" != liste ] || exec printf '%s\\tbo\\n' super standard\n"
                                "read -r line; echo \"${PWD##*/} $* $line\" > $WORK/asked\n"
                                "echo Raison. >&2; exit $(cat $WORK/status)");
         SetupWindow window(nullptr);
-        new AccountForm(window);
+        new SetupControls(window);
         window.show();
-        const QLabel& result = *window.findChildren<QLabel*>().last();
-        Qt::Key answer = Qt::Key_Escape;
-        // Adds an account to the second network, unless the choice is cancelled.
-        const auto save = [&](int role, const QByteArray& status, const QStringList& typed = {}) {
+        const auto find_button = [&](const char* name) {
+            return window.findChildren<QPushButton*>(QLatin1String(name)).last();
+        };
+        const QLabel& result = *window.findChild<QLabel*>(QStringLiteral("result"));
+        auto& role = *window.findChild<QComboBox*>(QStringLiteral("role_list"));
+        QCOMPARE(role.currentIndex(), 1);
+        QVERIFY(window.findChild<QWidget*>(QStringLiteral("appearance_item"))->isHidden());
+        window.findChild<QComboBox*>(QStringLiteral("network_choice"))->setCurrentIndex(1);
+        QTest::mouseClick(find_button("add_button"), Qt::LeftButton);
+        // Adds an account to the second network.
+        const auto save = [&](int chosen_role, const QByteArray& status,
+                              const QStringList& typed = {}) {
             directory.write(QStringLiteral("status"), status);
-            window.findChild<QComboBox*>()->setCurrentIndex(role);
-            QTimer::singleShot(0, &window, [answer] {
-                if (QWidget* choice = QApplication::activeModalWidget()) {
-                    choice->findChild<QComboBox*>()->setCurrentIndex(1);
-                    QTest::keyClick(choice, answer);
-                }
-            });
+            role.setCurrentIndex(chosen_role);
             const QByteArray reasons = refusals(window, typed);
             return reasons + directory.read(QStringLiteral("asked"));
         };
@@ -452,24 +455,76 @@ private slots:
                              QStringLiteral("sésame"), QStringLiteral("sesame")};
         QCOMPARE(save(0, "0", typed), "|||Les deux mots de passe ne sont pas les mêmes.|");
         typed[3] = typed[2];
-        QCOMPARE(save(0, "0", typed), "||||");
-        answer = Qt::Key_Return;
         const char* const account = " -- anne Anne Petit sésame\n";
         QCOMPARE(save(0, "3", typed), QByteArray("||Raison.||b manage.py compte super") + account);
         QCOMPARE(save(1, "4"), QByteArray("Raison.||||b manage.py compte standard") + account);
         QCOMPARE(save(2, "1"), QByteArray("||||b manage.py compte invite") + account);
         QCOMPARE(result.text(), QStringLiteral("Le compte n'a pas été ajouté. Raison."));
-        QCOMPARE(window.focusWidget(), button(window, 0));
+        QCOMPARE(window.focusWidget(), find_button("save_button"));
         const QByteArray path = qgetenv("PATH");
         qputenv("PATH", "/nowhere");
         save(2, "0");
         qputenv("PATH", path);
         QVERIFY(result.text().endsWith(QStringLiteral("python3 n'a pas pu être lancé.")));
+
+        // What is typed is not lost unasked.
+        bool asked = false;
+        answer_dialog("question", [&asked](QWidget& question) {
+            asked = true;
+            QTest::keyClick(&question, Qt::Key_Return);
+        });
+        QTest::keyClick(&window, Qt::Key_Escape);
+        QVERIFY(asked && window.isVisible());
         QCOMPARE(save(2, "0"), QByteArray("||||b manage.py compte invite") + account);
         QCOMPARE(result.text(), QStringLiteral("Le compte «\u00a0anne\u00a0» est ajouté au réseau "
                                                "«\u00a0b\u00a0»."));
         const QLineEdit& password = *window.findChildren<QLineEdit*>().last();
         QVERIFY(password.text().isEmpty() && password.echoMode() == QLineEdit::Password);
+        QTest::keyClick(&window, Qt::Key_Escape);
+        QVERIFY(!window.isVisible());
+    }
+
+    void accounts_of_a_network() {
+        const TestDirectory directory;
+        QDir().mkpath(QStringLiteral("a/manage.py"));
+        directory.write(QStringLiteral("networks.data"),
+                        "a|" + directory.path(QStringLiteral("a")).toLocal8Bit() + "|\n");
+        directory.fake_command(QStringLiteral("python3"),
+                               "[ \"$3\" != liste ] || exec cat $WORK/accounts\n"
+                               "read -r line; echo \"$* $line\" >> $WORK/asked");
+        directory.write(QStringLiteral("accounts"), "super\tanne\tA P\nstandard\tbob\t\n");
+        SetupWindow window(nullptr);
+        new SetupControls(window);
+        window.show();
+        const auto buttons = [&](const char* name) {
+            return window.findChildren<QPushButton*>(QLatin1String(name));
+        };
+        QTRY_COMPARE(buttons("remove_button").size(), 2);
+        QVERIFY(!buttons("remove_button")[0]->isEnabled());  // of the last super-user
+        answer_dialog("password_dialog", [](QWidget& dialog) {
+            for (auto* field : dialog.findChildren<QLineEdit*>()) {
+                field->setText(QStringLiteral("sésame"));
+            }
+            QTest::keyClick(&dialog, Qt::Key_Return);
+        });
+        QTest::mouseClick(buttons("password_button")[0], Qt::LeftButton);
+        for (const int answer : {0, 1}) {
+            answer_dialog("question", [answer](QWidget& question) {
+                const auto choices = question.findChildren<QPushButton*>();
+                for (auto* choice : choices) {
+                    if (choice->text() ==
+                        (answer == 0 ? QStringLiteral("Non") : QStringLiteral("Oui"))) {
+                        choice->click();
+                        return;
+                    }
+                }
+            });
+            QTest::mouseClick(buttons("remove_button")[1], Qt::LeftButton);
+        }
+        QTRY_COMPARE(directory.read(QStringLiteral("asked")),
+                     "manage.py compte mot-de-passe -- anne sésame\n"
+                     "manage.py compte supprimer -- bob \n");
+        QTRY_VERIFY(window.findChild<QWidget*>(QStringLiteral("accounts_page"))->isEnabled());
     }
 
     void creation_form() {
