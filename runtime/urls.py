@@ -26,6 +26,7 @@ urlpatterns = [
     path("supprimer/<path:name>", views.remove, OFFERED, name="remove"),
     path("depot/", views.upload, name="upload"),
     path("remettre/", views.hand_in, name="hand_in"),
+    path("peut-envoyer/<str:method>/<path:page>", views.may_send),
     path("remettre/ouverture/", views.open_hand_in, name="open_hand_in"),
     path("remis/", views.list_handed_in, name="handed_in"),
     path(f"remis/{handed_in.ARCHIVE}", views.handed_in_archive, name="handed_in_archive"),

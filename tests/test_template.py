@@ -256,7 +256,11 @@ class TemplateTest(ServedNetworkTest):
                   self.send("a.txt", "a" * 150_000, "/remettre/", "fichier")]
         self.assertEqual([answer[0] for answer in closed], [403, 403, 413])
         self.assertIn(b'<a href="/remettre/">Revenir au formulaire', closed[2][2])
+        may_send = [f"/peut-envoyer/{page}/"
+                    for page in ("POST/remettre", "POST/depot", "GET/depot")]
+        self.assertEqual([self.ask(path)[0] for path in may_send], [403, 403, 204])
         (self.handed_in / ".ouverte").touch()
+        self.assertEqual([self.ask(path)[0] for path in may_send], [204, 403, 204])
         sent = [("devoir.txt", "1"), ("devoir.txt", "2" * 150_000), ("gros.txt", "3" * 60_000),
                 ("...", "4"), ("Zoé — devoir.txt", "5" * 9), ("de trop.txt", "6")]
         for name, content in sent:

@@ -243,6 +243,15 @@ def replace(request, path):
     return redirect(_list_address("index", path))
 
 
+@require_safe
+def may_send(request, method, page):
+    """What a web server that passes requests on asks before it takes the body of one: an answer
+    without content, 204 or 403."""
+    allowed = (method != "POST" or request.user.is_staff
+               or page.startswith("remettre/") and handed_in.is_open())
+    return HttpResponse(status=204 if allowed else 403)
+
+
 @require_http_methods(["GET", "HEAD", "POST"])
 def hand_in(request):
     """Take a file from a visitor without an account, where staff has opened that."""
