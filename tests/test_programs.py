@@ -131,6 +131,7 @@ class Programs(unittest.TestCase):
         shell.stdin.flush()
         self.assertEqual(shell.stdout.readline(), "still here\n")
         terminal = self.serve("a")
+        shutil.rmtree(self.work / "deaf")
         self.stops(a + d, "")
         terminal.wait(60)
         deaf.wait(60)
