@@ -160,6 +160,9 @@ class PagesTest(ServedNetworkTest):
         code = self.browser.find_elements(By.CSS_SELECTOR, ".code svg")
         self.assertEqual((tall, len(code)), (720, 1))
         self.visit("/")
+        self.visit("/admin/logout/")  # as a link leads there, in the administration
+        self.shows("Rester connecté")
+        self.look("deconnexion")
         self.press("Se déconnecter")
         self.shows("Fichiers proposés")
         self.press("Se connecter")
