@@ -52,6 +52,12 @@ def database(url):
             "CONN_MAX_AGE": 60}  # opening one for each request would cost more than the request
 
 
+def machine_time_zone():
+    """The name of this machine's time zone; that of France if it does not tell."""
+    zone = os.path.realpath("/etc/localtime").partition("/zoneinfo/")[2]
+    return zone or "Europe/Paris"
+
+
 SECRET_KEY = secret_key(BASE_DIR / "secret_key")
 DEBUG = False
 
@@ -125,7 +131,7 @@ AUTH_PASSWORD_VALIDATORS = [
 LANGUAGE_CODE = "fr"
 if django.VERSION < (4, 0):
     USE_L10N = True  # dates and numbers as in French, which later versions always do
-TIME_ZONE = "Europe/Paris"
+TIME_ZONE = machine_time_zone()
 USE_TZ = True
 
 LOGOUT_REDIRECT_URL = "index"

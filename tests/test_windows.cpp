@@ -450,7 +450,7 @@ private slots:
             const QByteArray reasons = refusals(window, typed);
             return reasons + directory.read(QStringLiteral("asked"));
         };
-        QCOMPARE(save(0, "0"), "Donnez un pseudonyme.|Donnez un nom.|Donnez un mot de passe.||");
+        QCOMPARE(save(0, "0"), "Donnez un pseudo.|Donnez un nom.|Donnez un mot de passe.||");
         QStringList typed = {QStringLiteral(" anne"), QStringLiteral("Anne  Petit"),
                              QStringLiteral("sésame"), QStringLiteral("sesame")};
         QCOMPARE(save(0, "0", typed), "|||Les deux mots de passe ne sont pas les mêmes.|");

@@ -128,7 +128,7 @@ bool AccountForm::check() {
         refuse_field(*fields[field], reason);
     };
     if (fields[pseudonym]->text().trimmed().isEmpty()) {
-        refuse(pseudonym, QStringLiteral("Donnez un pseudonyme."));
+        refuse(pseudonym, QStringLiteral("Donnez un pseudo."));
     }
     if (fields[name]->text().trimmed().isEmpty()) {
         refuse(name, QStringLiteral("Donnez un nom."));
