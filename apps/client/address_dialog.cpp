@@ -14,6 +14,7 @@ AddressDialog::AddressDialog(QWidget* parent)
       field(named("address_field", new QLineEdit)),
       state(named("address_state", new QLabel)) {
     setObjectName(QStringLiteral("address_dialog"));
+    setStyleSheet(QStringLiteral("#address_dialog { background: #fff; } QLabel { color: #333; }"));
     setWindowTitle(QStringLiteral("Autre adresse"));
     auto* page = new QVBoxLayout(this);
     auto* label = new QLabel(QStringLiteral("Adresse du serveur, celle que son écran affiche :"));

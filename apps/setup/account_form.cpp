@@ -81,6 +81,7 @@ void AccountForm::complete_section() {
         label->setTextFormat(Qt::PlainText);  // whatever a network's name holds
         section->addWidget(label);
     }
+    explanation->setMinimumHeight(3 * explanation->fontMetrics().lineSpacing());
     result->hide();
 }
 

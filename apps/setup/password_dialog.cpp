@@ -21,6 +21,7 @@ PasswordDialog::PasswordDialog(const RegisteredNetwork& account_network,
                        {QStringLiteral("Confirmation :"), confirmation}},
                       QStringLiteral("Enregistrer"))) {
     setObjectName(QStringLiteral("password_dialog"));
+    setStyleSheet(QStringLiteral("#password_dialog { background: #fff; } QLabel { color: #333; }"));
     setWindowTitle(QStringLiteral("Mot de passe de « %1 »").arg(pseudonym));
     auto* page = new QVBoxLayout(this);
     page->addWidget(form);

@@ -53,7 +53,7 @@ SetupControls::SetupControls(SetupWindow& shown)
     read_networks();
     show_page(accounts_page);
     // Large letters need more room than the window has.
-    window.setFixedSize(window.size().expandedTo(window.minimumSizeHint()));
+    window.setFixedSize(window.size().expandedTo(window.sizeHint()));
 }
 
 void SetupControls::build_pages() {
