@@ -193,7 +193,8 @@ class TemplateTest(ServedNetworkTest):
                 (4, ("super", "a" * 151), "un mot de passe"), (4, ("super", ""), "un mot de passe"),
                 (3, ("super", "ab"), ""), (3, ("super", "marguerite"), "marguerite1"),
                 (3, ("super", "ab", "Marguerite Aubépine"), "aubépine1"), (0, ("liste",), ""),
-                (3, ("mot-de-passe", "zoé"), "court"), (4, ("mot-de-passe", "a"), "un mot de passe"),
+                (3, ("mot-de-passe", "zoé"), "court"),
+                (4, ("mot-de-passe", "a"), "un mot de passe"),
                 (0, ("mot-de-passe", "zoé"), "un mot de passe"), (4, ("supprimer", "x"), ""),
                 (0, ("supprimer", "hôte"), ""), (4, ("supprimer", "hôte"), "")]:
             done = subprocess.run((*manage, "compte", *words), cwd=self.project, text=True,

@@ -2,7 +2,7 @@
 
 import os
 
-# Formats that run nothing. HTML, SVG and XML can hold scripts: like all others, they are only saved.
+# Formats that run nothing. HTML, SVG and XML can hold scripts: like the rest, they are only saved.
 # docs/deployment.md has the same in nginx's words.
 _TYPES = {
     ".png": "image/png", ".jpg": "image/jpeg", ".jpeg": "image/jpeg", ".gif": "image/gif",

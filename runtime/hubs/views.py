@@ -133,8 +133,8 @@ def _sent(request, field):
         messages.error(request, f"La suite n'a pas été prise\xa0: {request.no_room}.")
         return files
     if getattr(request, "too_many_files", False):
-        messages.error(request, f"Pas plus de {len(files)} fichiers à la fois\xa0: les autres n'ont "
-                                "pas été pris.")
+        messages.error(request, f"Pas plus de {len(files)} fichiers à la fois\xa0: les autres "
+                                "n'ont pas été pris.")
     elif not files:
         messages.error(request, "Aucun fichier n'a été choisi.")
     return files
@@ -231,8 +231,8 @@ def replace(request, path):
             "spare_bytes": uploads.spare_bytes()})
     for file in _sent(request, "fichier")[:1]:
         if os.path.splitext(file.name)[1].lower() != extension.lower():
-            messages.error(request, f"«\xa0{name}\xa0» n'a pas été remplacé\xa0: le nouveau fichier "
-                                    f"doit avoir un nom en «\xa0{extension}\xa0».")
+            messages.error(request, f"«\xa0{name}\xa0» n'a pas été remplacé\xa0: le nouveau "
+                                    f"fichier doit avoir un nom en «\xa0{extension}\xa0».")
             break
         try:
             resources.OFFERED.replace(path, file)
