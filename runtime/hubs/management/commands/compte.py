@@ -24,7 +24,8 @@ PSEUDONYM_REFUSED = 4
 
 
 class Command(BaseCommand):
-    help = "Crée, liste, change et supprime les comptes ; un mot de passe est lu sur l'entrée standard"
+    help = ("Crée, liste, change et supprime les comptes ;"
+            " un mot de passe est lu sur l'entrée standard")
 
     def add_arguments(self, parser):
         jobs = {"liste": self.list_all, "mot-de-passe": self.change_password,
