@@ -21,12 +21,12 @@ import os, sys
 steps = int(os.environ["STEPS"])
 def count(frame, event, argument):
     global steps
-    if (event == "c_call" and frame.f_code.co_filename.endswith(UNITS)
-            and argument.__name__ in CHANGES):
+    if (event == "c_call" and argument.__name__ in CHANGES
+            and any(unit in frame.f_code.co_filename for unit in UNITS)):
         steps -= 1
         if steps < 0:
             os.kill(os.getpid(), 9)
-UNITS = ("registry.py", "copies.py", "pathlib.py", "subprocess.py")
+UNITS = ("/registry.py", "/copies.py", "/pathlib", "/subprocess.py")
 CHANGES = {"write", "fsync", "replace", "mkdir", "unlink", "fork_exec"}
 sys.setprofile(count)
 """
