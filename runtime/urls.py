@@ -6,7 +6,7 @@ from django.urls import path
 from django.utils.functional import lazy
 from django.views.generic import RedirectView
 
-from .hubs import handed_in, resources, views
+from .hubs import handed_in, resources, views, visitors
 from .hubs.forms import LoginForm
 
 admin.site.site_header = admin.site.site_title = lazy(views.network_name, str)()
@@ -35,6 +35,7 @@ urlpatterns = [
     path("remis/<str:name>/retirer", views.remove, HANDED_IN, name="remove_handed_in"),
     path("favicon.ico", RedirectView.as_view(url="/static/logo.svg")),  # for files that are shown
     path("_infos/kl/", views.display_name),
+    path("_infos/etat/", visitors.state),
     path("admin/logout/", views.log_out),
     path("admin/", admin.site.urls),
     # Debug mode is off, which says no more than that pages show no internals.

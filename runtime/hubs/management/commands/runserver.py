@@ -1,6 +1,7 @@
 """Serves the network, in place of Django's own command and with the same options."""
 
 import errno
+import logging
 import resource
 import signal
 import socket
@@ -33,7 +34,7 @@ def _end_orderly(_number, _frame):
 
 
 class Command(runserver.Command):
-    help = "Sert le réseau jusqu'à Ctrl+C."
+    help = "Sert le réseau jusqu'à Ctrl+C. --verbosity 2 : une ligne par requête."
 
     def handle(self, *args, **options):
         # On a machine without a network, the programs give no address.
@@ -62,7 +63,9 @@ class Command(runserver.Command):
         try:
             allow_many_files()
             server = self.listen()
-            server.set_app(self.get_handler(**options))
+            server.set_app(self.get_handler(**options))  # sets the logging anew
+            if options["verbosity"] < 2:  # a line a request hides what is meant for the operator
+                logging.getLogger("django.server").setLevel(logging.ERROR)
             self.check()
             address, port = server.server_address[:2]
             self.say(f"Le réseau « {names.display_name()} » est servi. Pour l'arrêter : Ctrl+C.\n"
