@@ -11,6 +11,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <memory>
 #include <utility>
 
 namespace {
@@ -79,8 +80,12 @@ bool works_in(pid_t pid, const std::string& directory) {
     return fs::read_symlink(own, error) == named.string() + " (deleted)";
 }
 
+bool is_own_server(pid_t pid) {
+    return is_own(pid) && is_server_command(words_of(pid));
+}
+
 bool serves(pid_t pid, const std::string& directory) {
-    return is_own(pid) && is_server_command(words_of(pid)) && works_in(pid, directory);
+    return is_own_server(pid) && works_in(pid, directory);
 }
 
 template <typename Check>
@@ -170,9 +175,24 @@ bool is_entered(const std::string& directory) {
             }).empty();
 }
 
-bool stop_server(const std::string& directory) {
-    // Found first: once the server has ended, the shell has another command line.
-    const std::vector<Process> shells = terminal_shells(directory);
+std::vector<bool> find_served(const std::vector<std::string>& directories) {
+    std::vector<bool> served(directories.size());
+    for (const pid_t pid : find_processes(is_own_server)) {
+        for (std::size_t i = 0; i < directories.size(); ++i) {
+            served[i] = served[i] || works_in(pid, directories[i]);
+        }
+    }
+    return served;
+}
+
+std::vector<pid_t> find_plain_shells(const std::string& directory) {
+    return find_processes([&directory](pid_t pid) {
+        return is_own(pid) && words_of(pid) == std::vector<std::string>{"bash"} &&
+               works_in(pid, directory);
+    });
+}
+
+bool end_server(const std::string& directory) {
     for (const int signal : {SIGINT, SIGTERM, SIGKILL}) {
         const std::vector<Process> servers =
             hold(find_server_processes(directory),
@@ -188,8 +208,21 @@ bool stop_server(const std::string& directory) {
             server.wait_until(deadline);
         }
     }
-    for (const Process& shell : shells) {
-        hang_up(shell);
-    }
     return find_server_processes(directory).empty();
+}
+
+std::function<void()> terminal_closer(const std::string& directory) {
+    const auto shells = std::make_shared<std::vector<Process>>(terminal_shells(directory));
+    return [shells] {
+        for (const Process& shell : *shells) {
+            hang_up(shell);
+        }
+    };
+}
+
+bool stop_server(const std::string& directory) {
+    const std::function<void()> close_terminal = terminal_closer(directory);
+    const bool ended = end_server(directory);
+    close_terminal();
+    return ended;
 }
