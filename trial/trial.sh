@@ -101,3 +101,18 @@ click() {
         '$1 ~ /button/ && ++seen == number {print $2, $3}')
     xdotool mousemove "$x" "$y" click 1
 }
+
+# Prints the place of what is shown under that name, or a name that begins so: TITLE NAME.
+place_of() {
+    "$here/screen_content" "$1" | awk -F '\t' -v name="$2" \
+        'index($4, name) == 1 {print $2, $3; found = 1; exit} END {exit !found}'
+}
+
+# Clicks on it, once the window is in front: TITLE NAME.
+click_on() {
+    local x y
+    to_front "$1" >/dev/null
+    wait_for "« $2 »" place_of "$1" "$2"
+    read -r x y < <(place_of "$1" "$2")
+    xdotool mousemove "$x" "$y" click 1
+}

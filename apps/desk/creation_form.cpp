@@ -6,6 +6,7 @@
 #include <QLayout>
 #include <QLineEdit>
 #include <QPushButton>
+#include <algorithm>
 
 #include "background_command.h"
 #include "form_state.h"
@@ -13,6 +14,7 @@
 #include "network_creation.h"
 #include "network_names.h"
 #include "networkselectionwindow.h"
+#include "question.h"
 #include "screen_pieces.h"
 
 CreationForm::CreationForm(NetworkSelectionWindow& shown)
@@ -38,7 +40,25 @@ CreationForm::CreationForm(NetworkSelectionWindow& shown)
 
     connect(fields[name], &QLineEdit::textChanged, this, &CreationForm::show_path);
     connect(save_button, &QPushButton::clicked, this, &CreationForm::save);
-    connect(new LabelButton(*back_link), &LabelButton::pressed, this, &CreationForm::left);
+    connect(new LabelButton(*back_link), &LabelButton::pressed, this, &CreationForm::leave);
+}
+
+bool CreationForm::is_busy() const {
+    return !save_button->parentWidget()->isEnabled();
+}
+
+bool CreationForm::may_leave() {
+    const bool typed = std::any_of(fields.begin(), fields.end(),
+                                   [](const QLineEdit* field) { return !field->text().isEmpty(); });
+    return is_busy() || !typed ||
+           confirmed(&window, QStringLiteral("Quitter ce formulaire ?"),
+                     QStringLiteral("Ce que vous y avez écrit sera perdu."));
+}
+
+void CreationForm::leave() {
+    if (may_leave()) {
+        emit left();
+    }
 }
 
 void CreationForm::show_path() {

@@ -19,6 +19,12 @@ public:
     /// Replaces the window's screen by the form.
     explicit CreationForm(NetworkSelectionWindow& shown);
 
+    bool is_busy() const;
+    /// Returns whether the form may go: asks where something was typed that would be lost.
+    bool may_leave();
+    /// Sends left(), if the form may go.
+    void leave();
+
 signals:
     void left();
     /// The network stands in the registry under that name, its bytes as Latin-1 characters.

@@ -2,7 +2,9 @@
 
 #include <QApplication>
 #include <QFile>
+#include <QKeyEvent>
 #include <QLabel>
+#include <QMenu>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QSignalMapper>
@@ -10,31 +12,38 @@
 
 #include "applicationsetup.h"
 #include "creation_form.h"
+#include "home_links.h"
 #include "hub_utilities.h"
 #include "label_button.h"
+#include "network_jobs.h"
 #include "network_list.h"
-#include "network_names.h"
+#include "network_menu.h"
 #include "open_url.h"
-#include "registered_networks.h"
+#include "question.h"
+#include "ready_screen.h"
 #include "screen_pieces.h"
 #include "server_processes.h"
 #include "start_failure.h"
 
 namespace {
 
-QPushButton* stop_button(const QWidget& window) {
-    return window.findChild<QPushButton*>(QStringLiteral("stop_button"));
-}
+const int start_patience = 30'000;  // milliseconds, for the whole start
+const int terminal_patience = 9'000;
+const int answer_patience = 8'000;  // of a network that was in service already
 
-void open_page() {
-    open_url(latin1_text("http://" + getIp() + ":8000"));
+QString quoted(const QString& name) {
+    return QStringLiteral("« %1 »").arg(name);
 }
 
 }  // namespace
 
-Desk::Desk() : starting(QStringLiteral("start.lock")) {
-    starting.setStaleLockTime(0);  // only a dead program's lock is taken over
-    connect(&marking, &QTimer::timeout, this, &Desk::mark_running);
+Desk::Desk()
+    : start_lock(QStringLiteral("start.lock")),
+      look([this] { served = find_served(directories); }) {
+    start_lock.setStaleLockTime(0);  // only a dead program's lock is taken over
+    marking.setInterval(2000);
+    connect(&marking, &QTimer::timeout, &look, [this] { look.start(); });
+    connect(&look, &QThread::finished, this, &Desk::mark_running);
 }
 
 Desk::~Desk() = default;
@@ -42,12 +51,14 @@ Desk::~Desk() = default;
 void Desk::new_window() {
     auto next = std::make_unique<NetworkSelectionWindow>(nullptr);
     ApplicationSetup::dress_window(*next);
+    next->installEventFilter(this);
     if (window) {
         next->move(window->pos());
     }
     // Before the last one goes: the program ends with its last window.
     ApplicationSetup::show_first_window(*next);
     if (window) {
+        window->removeEventFilter(this);
         window->hide();
         window->setEnabled(false);        // for a second click that is on its way
         window.release()->deleteLater();  // one of its widgets may be sending a signal
@@ -56,20 +67,26 @@ void Desk::new_window() {
 }
 
 void Desk::read_networks() {
+    look.wait();  // it reads the directories
     std::vector<Network*> read;
     read_hub_networks(&read);
     networks.clear();
+    directories.clear();
     for (Network* network : read) {
         networks.emplace_back(network);
+        directories.push_back(network->path);
     }
+    registered = registered_networks();
+    registered.resize(networks.size());  // should the file have changed meanwhile
 }
 
 void Desk::show_home(const QString& focused_network) {
-    end_watch();
-    chosen = nullptr;
+    leave_chosen();
     new_window();
+    state = State::at_home;
     read_networks();
     wire_home();
+    served = find_served(directories);
     mark_running();
     for (int i = list->buttons().size() - 1; i >= 0; --i) {
         const std::string& name = networks[static_cast<std::size_t>(i)]->name;
@@ -78,156 +95,342 @@ void Desk::show_home(const QString& focused_network) {
             break;
         }
     }
-    marking.start(2000);
+    marking.start();
 }
 
 void Desk::wire_home() {
     auto* form_label = window->findChild<QLabel*>(QStringLiteral("create_label"));
     form_label->setAccessibleName(QStringLiteral("Créer un nouveau réseau"));
     connect(new LabelButton(*form_label), &LabelButton::pressed, this, &Desk::show_form);
+    list = new NetworkList(*window);
     if (networks.empty()) {
         auto* hint = new QLabel(QStringLiteral(
-            "Aucun réseau pour l'instant : créez le premier en cliquant ci-dessus."));
+            "Aucun réseau pour l'instant : créez le premier en cliquant ci-dessus."));
         hint->setWordWrap(true);
-        form_label->parentWidget()->layout()->addWidget(hint);
+        list->add_below(hint);
     }
-    list = new NetworkList(*window);
+    add_menu_buttons();
+    add_home_links(*window);
     // The desk looks first whether the network can be started.
     auto* mapper = window->findChild<QSignalMapper*>(QStringLiteral("network_mapper"));
     mapper->disconnect(window.get());
     connect(mapper, &QSignalMapper::mappedInt, this, &Desk::choose, Qt::QueuedConnection);
 }
 
+void Desk::add_menu_buttons() {
+    for (int i = 0; i < list->buttons().size(); ++i) {
+        auto* button = named("menu_button", new QPushButton(QStringLiteral("⋮")));
+        const QString& name = registered[static_cast<std::size_t>(i)].name;
+        button->setAccessibleName(QStringLiteral("Menu de ") + name);
+        button->setToolTip(button->accessibleName());
+        button->setMinimumHeight(list->buttons()[i]->minimumHeight());
+        connect(button, &QPushButton::clicked, this, [this, i] { show_menu(i); });
+        list->add_beside(i, button);
+    }
+    auto* restore =
+        named("restore_button", new QPushButton(QStringLiteral("Restaurer une copie…")));
+    auto* jobs = new NetworkJobs(*window);
+    connect(restore, &QPushButton::clicked, jobs, &NetworkJobs::restore);
+    connect(
+        jobs, &NetworkJobs::done, this, [this] { show_home({}); }, Qt::QueuedConnection);
+    list->add_below(restore);
+}
+
+void Desk::show_menu(int n) {
+    const auto index = static_cast<std::size_t>(n);
+    auto* jobs = window->findChild<NetworkJobs*>();
+    auto* menu = new NetworkMenu(registered[index], served[index], *jobs, *window);
+    connect(menu, &NetworkMenu::page_chosen, this, &Desk::open_page);
+    connect(menu, &NetworkMenu::stop_chosen, this, [this, index] {
+        stop(*networks[index]);
+        look.start();
+    });
+    auto* button = static_cast<QWidget*>(sender());
+    menu->popup(button->mapToGlobal(QPoint(0, button->height())));
+}
+
 void Desk::mark_running() {
+    if (state != State::at_home) {
+        return;
+    }
     QVector<NetworkEntry> entries;
-    for (const auto& network : networks) {
-        const bool runs = !find_server_processes(network->path).empty();
-        entries.push_back({shown_name(network->name), QFile::decodeName(network->path.c_str()),
-                           runs ? QStringLiteral("● en marche") : QString()});
+    for (std::size_t i = 0; i < networks.size(); ++i) {
+        entries.push_back({registered[i].name, QFile::decodeName(directories[i].c_str()),
+                           served[i] ? QStringLiteral("● en marche") : QString()});
     }
     list->show_entries(entries);
 }
 
 void Desk::show_form() {
     marking.stop();
-    auto* form = new CreationForm(*window);
+    state = State::in_form;
+    form = new CreationForm(*window);
     connect(form, &CreationForm::left, this, [this] { show_home({}); });
     connect(form, &CreationForm::created, this, &Desk::show_home);
 }
 
-void Desk::choose(int n) {
-    if (chosen != nullptr) {
-        return;  // by the first of two clicks
+bool Desk::eventFilter(QObject* object, QEvent* event) {
+    if (object != window.get()) {
+        return QObject::eventFilter(object, event);
     }
-    chosen = networks[static_cast<std::size_t>(n)].get();
-    const QString reason = obstacle(*chosen);
-    if (!reason.isEmpty()) {
-        say(reason);
-        chosen = nullptr;
-        return;
+    if (event->type() == QEvent::KeyPress &&
+        static_cast<QKeyEvent*>(event)->key() == Qt::Key_Escape) {
+        if (form && !form->is_busy()) {
+            form->leave();
+        } else {
+            window->close();
+        }
+        return true;
     }
-    marking.stop();
-    if (!find_server_processes(chosen->path).empty()) {
-        window->clean_screen();
-        window->loading_mode();
-        watch_start();
-        return;
+    if (event->type() == QEvent::Close && !may_close()) {
+        event->ignore();
+        return true;
     }
-    start(*networks[static_cast<std::size_t>(n)]);
-    wire_ready_screen();
-    watch_start();
+    return QObject::eventFilter(object, event);
 }
 
-QString Desk::obstacle(const Network& network) {
-    if (!has_project(network.path)) {
-        return project_missing(network.path);
+bool Desk::may_close() {
+    if (form) {
+        return form->may_leave();
     }
-    if (!starting.tryLock() && starting.error() == QLockFile::LockFailedError) {
-        return QStringLiteral("Une autre fenêtre démarre un réseau. Attendez qu'elle ait fini.");
+    if (state == State::in_service && chosen != nullptr &&
+        !find_server_processes(chosen->path).empty()) {
+        say(*chosen,
+            QStringLiteral("Il reste en marche. Pour l'arrêter, ouvrez Quorvale de nouveau."));
     }
+    return true;
+}
+
+void Desk::choose(int n) {
+    if (state != State::at_home || !may_replace_others(n)) {
+        return;  // or it was the second of two clicks
+    }
+    chosen = networks[static_cast<std::size_t>(n)].get();
+    state = State::starting;
+    marking.stop();
+    show_loading();
+    was_launched = find_server_processes(chosen->path).empty();
+    deadline.setRemainingTime(was_launched ? start_patience : answer_patience);
+    if (was_launched) {
+        const QString reason = launch_chosen();
+        if (!reason.isEmpty()) {
+            say(*chosen, reason);
+            show_home(latin1_text(chosen->name));
+            return;
+        }
+    }
+    show_ready();
+    watch_chosen();
+}
+
+bool Desk::may_replace_others(int n) {
+    look.wait();
+    served = find_served(directories);
+    for (std::size_t i = 0; i < networks.size(); ++i) {
+        const QString name = quoted(registered[i].name);
+        if (served[i] && static_cast<int>(i) != n &&
+            !confirmed(window.get(),
+                       QStringLiteral("Arrêter %1 pour démarrer %2 ?")
+                           .arg(name, quoted(registered[static_cast<std::size_t>(n)].name)),
+                       QStringLiteral("Les téléchargements en cours sur %1 seront interrompus.")
+                           .arg(name))) {
+            return false;
+        }
+    }
+    return true;
+}
+
+void Desk::show_loading() {
+    window->clean_screen();
+    window->loading_mode();
+    QApplication::processEvents(QEventLoop::ExcludeUserInputEvents);  // paints it
+}
+
+QString Desk::launch_chosen() {
+    const QString reason = claim_start();
+    if (!reason.isEmpty()) {
+        return reason;
+    }
+    end_others();
+    qputenv("QUORVALE_TERMINAL_TITLE",
+            (QStringLiteral("Quorvale : serveur de ") + name_of(*chosen)).toUtf8());
+    terminal_deadline.setRemainingTime(terminal_patience);
+    was_raised = false;
+    watch_chosen();  // before the launch: it knows the shells that are there already
+    chosen->launch();
     return {};
 }
 
-void Desk::start(Network& network) {
-    for (const auto& other : networks) {
-        if (!find_server_processes(other->path).empty()) {
-            stop_server(other->path);  // they all have the one address
+QString Desk::claim_start() {
+    if (!has_project(chosen->path)) {
+        return project_missing(chosen->path);
+    }
+    if (!start_lock.tryLock() && start_lock.error() == QLockFile::LockFailedError) {
+        return QStringLiteral("Une autre fenêtre démarre un réseau. Attendez qu'elle ait fini.");
+    }
+    const bool others_run = std::find(served.begin(), served.end(), true) != served.end();
+    return others_run ? QString() : port_obstacle(*chosen);
+}
+
+void Desk::end_others() {
+    for (std::size_t i = 0; i < networks.size(); ++i) {
+        if (served[i]) {
+            old_terminals.push_back(terminal_closer(directories[i]));
+            end_server(directories[i]);  // they all have the one address
         }
     }
-    // What is clicked while the window is blocked is not meant for the screen that comes after.
-    window->setEnabled(false);
-    window->switch_to_network(&network);
-    QApplication::processEvents();
-    window->setEnabled(true);
 }
 
-void Desk::watch_start() {
-    watch = new StartWatch(*chosen, this);
-    connect(watch, &StartWatch::answered, this, &Desk::finish_start);
-    connect(watch, &StartWatch::gave_up, this, &Desk::report_failure);
-}
-
-void Desk::end_watch() {
-    if (watch) {
-        watch->disconnect(this);
-        watch->deleteLater();  // it may be sending its signal
+void Desk::close_old_terminals() {
+    for (const auto& close : old_terminals) {
+        close();
     }
-    starting.unlock();
+    old_terminals.clear();
 }
 
-void Desk::finish_start() {
-    end_watch();
-    if (stop_button(*window) != nullptr) {
-        return;  // the window has done the rest
+void Desk::show_ready() {
+    screen = new ReadyScreen(*window, name_of(*chosen));
+    connect(screen, &ReadyScreen::access_pressed, this, &Desk::open_page);
+    connect(screen, &ReadyScreen::stop_pressed, this, &Desk::stop_and_leave);
+    connect(screen, &ReadyScreen::restart_pressed, this, &Desk::restart_chosen);
+    connect(
+        screen, &ReadyScreen::list_pressed, this, [this] { show_home(latin1_text(chosen->name)); },
+        Qt::QueuedConnection);
+}
+
+void Desk::watch_chosen() {
+    if (!watch) {
+        watch = new NetworkWatch(*chosen, this);
+        connect(watch, &NetworkWatch::looked, this, &Desk::follow);
     }
-    window->clean_screen();
-    open_page();
-    Network network(*chosen);
-    window->network_started_mode(&network);
-    wire_ready_screen();
 }
 
-void Desk::report_failure() {
-    end_watch();
+void Desk::follow(const NetworkState& seen) {
+    if (!screen) {
+        return;
+    }
+    address = seen.address;
+    // Not before the new terminal is there: that of gnome-terminal's last window is lost with it.
+    if (seen.runs || seen.ended) {
+        close_old_terminals();
+    }
+    if (seen.runs && was_launched && !was_raised) {
+        was_raised = true;
+        window->raise();
+        window->activateWindow();
+    }
+    if (state == State::starting) {
+        follow_start(seen);
+    } else if (seen.answers) {
+        screen->show_answering(seen);
+    } else {
+        screen->show_lost(loss_reason(seen));
+    }
+}
+
+void Desk::follow_start(const NetworkState& seen) {
+    if (seen.answers) {
+        state = State::in_service;
+        start_lock.unlock();
+        watch->set_calm();
+        screen->show_answering(seen);
+        open_page();
+        return;
+    }
+    if (seen.ended || deadline.hasExpired() ||
+        (was_launched && terminal_deadline.hasExpired() && !seen.opened)) {
+        fail_start();
+    }
+}
+
+void Desk::fail_start() {
+    start_lock.unlock();
+    close_old_terminals();
     if (!window->isVisible()) {
         return;
     }
     QApplication::setOverrideCursor(Qt::BusyCursor);
     const QString reason = start_failure(*chosen);
     QApplication::restoreOverrideCursor();
-    say(reason);
-    show_home(latin1_text(chosen->name));
-}
-
-void Desk::wire_ready_screen() {
-    QPushButton* stop = stop_button(*window);
-    if (stop == nullptr) {
+    if (was_launched) {
+        say(*chosen, reason);
+        show_home(latin1_text(chosen->name));
         return;
     }
-    connect(stop, &QPushButton::clicked, this, &Desk::stop_server_and_leave);
-    connect(window->findChild<QPushButton*>(QStringLiteral("access_button")), &QPushButton::clicked,
-            this, &open_page);
+    state = State::in_service;
+    watch->set_calm();
+    screen->show_lost(reason);
 }
 
-void Desk::stop_server_and_leave() {
+void Desk::leave_chosen() {
+    if (watch) {
+        watch->disconnect(this);
+        watch->deleteLater();  // it may be sending its signal
+        watch = nullptr;
+    }
+    close_old_terminals();
+    start_lock.unlock();
+    chosen = nullptr;
+}
+
+void Desk::open_page() {
+    open_url(QStringLiteral("http://%1:8000").arg(own_host(latin1_text(getIp()))));
+}
+
+void Desk::restart_chosen() {
+    if (state != State::in_service) {
+        return;  // by the first of two clicks
+    }
+    state = State::starting;
+    screen->show_starting();
+    QApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
+    delete watch;
+    was_launched = true;
+    deadline.setRemainingTime(start_patience);
+    look.wait();
+    served = find_served(directories);
+    const QString reason = launch_chosen();
+    was_launched = false;  // a failure is told on the screen
+    if (!reason.isEmpty()) {
+        state = State::in_service;
+        screen->show_lost(reason);
+        watch_chosen();
+    }
+}
+
+void Desk::stop_and_leave() {
     if (chosen == nullptr) {
         return;  // stopped by the first of two clicks
     }
-    end_watch();
-    QApplication::setOverrideCursor(Qt::BusyCursor);
-    const bool stopped = stop_server(chosen->path);
-    QApplication::restoreOverrideCursor();
-    if (!stopped) {
-        say(QStringLiteral("Son serveur n'a pas pu être arrêté. Fermez son terminal."));
-    }
-    show_home(latin1_text(chosen->name));
+    const Network& network = *chosen;
+    leave_chosen();
+    stop(network);
+    show_home(latin1_text(network.name));
 }
 
-void Desk::say(const QString& text) {
-    QMessageBox message(QMessageBox::Warning, QStringLiteral("Quorvale"),
-                        QStringLiteral("Le réseau « %1 » : ").arg(shown_name(chosen->name)) +
-                            QStringLiteral("\n\n") + text,
-                        QMessageBox::Ok, window.get());
+void Desk::stop(const Network& network) {
+    QApplication::setOverrideCursor(Qt::BusyCursor);
+    const bool stopped = stop_server(network.path);
+    QApplication::restoreOverrideCursor();
+    if (!stopped) {
+        say(network, QStringLiteral("Son serveur n'a pas pu être arrêté. Fermez son terminal."));
+    }
+}
+
+QString Desk::name_of(const Network& network) const {
+    for (std::size_t i = 0; i < networks.size(); ++i) {
+        if (networks[i].get() == &network) {
+            return registered[i].name;
+        }
+    }
+    return {};
+}
+
+void Desk::say(const Network& network, const QString& text) {
+    QMessageBox message(
+        QMessageBox::Warning, QStringLiteral("Quorvale"),
+        QStringLiteral("Le réseau « %1 » : ").arg(name_of(network)) + QStringLiteral("\n\n") + text,
+        QMessageBox::Ok, window.get());
     message.setTextFormat(Qt::PlainText);  // whatever the network's name holds
     message.exec();
 }

@@ -2,6 +2,7 @@
 
 #include <QKeyEvent>
 #include <QLabel>
+#include <QPointer>
 
 namespace {
 
@@ -31,7 +32,17 @@ bool LabelButton::eventFilter(QObject* object, QEvent* event) {
     if (!label.isEnabled() || !presses(*event)) {
         return QObject::eventFilter(object, event);
     }
-    label.removeEventFilter(this);
-    QMetaObject::invokeMethod(this, &LabelButton::pressed, Qt::QueuedConnection);
+    if (!is_pressed) {
+        is_pressed = true;
+        QMetaObject::invokeMethod(this, &LabelButton::press, Qt::QueuedConnection);
+    }
     return true;
+}
+
+void LabelButton::press() {
+    const QPointer<LabelButton> self(this);
+    emit pressed();
+    if (self) {
+        is_pressed = false;
+    }
 }

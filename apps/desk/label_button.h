@@ -13,12 +13,15 @@ public:
     explicit LabelButton(QLabel& shown);
 
 signals:
-    /// Once at most, and queued: the label may go.
+    /// Queued: the label may go.
     void pressed();
 
 protected:
     bool eventFilter(QObject* object, QEvent* event) override;
 
 private:
+    void press();
+
     QLabel& label;
+    bool is_pressed = false;  ///< the second of two clicks is none
 };

@@ -8,18 +8,20 @@
 
 #include "hub_utilities.h"
 #include "network.h"
+#include "network_watch.h"
 #include "registered_networks.h"
+#include "screen_pieces.h"
 #include "server_processes.h"
 
 namespace {
 
 /// Who listens where the network is to, in French; empty when nobody does or it cannot be told. The
 /// network's own program says it, which would say the same in its terminal.
-QString port_holder(const QDir& project, const std::string& address) {
+QString port_holder(const QDir& project, const QString& address) {
     QProcess python;
     python.start(QStringLiteral("python3"),
                  {project.filePath(project.dirName() + QStringLiteral("/hubs/processes.py")),
-                  QString::fromStdString(address), QStringLiteral("8000")});
+                  address, QStringLiteral("8000")});
     python.waitForFinished(5000);
     return QString::fromUtf8(python.readAllStandardOutput()).trimmed();
 }
@@ -62,22 +64,43 @@ QString start_failure(const Network& network) {
     }
     if (!find_server_processes(network.path).empty()) {
         return QStringLiteral("Il a démarré, mais ne répond pas à l'adresse http://%1:8000.")
-            .arg(QString::fromStdString(address));
+            .arg(own_host(latin1_text(getIp())));
     }
     if (!is_entered(network.path)) {
         const QString words = terminal_words();
         return QStringLiteral("Son terminal ne s'est pas ouvert, ou il a été fermé.") +
                (words.isEmpty() ? QString() : QStringLiteral("\n\n") + words);
     }
-    const QString holder = port_holder(QDir(QFile::decodeName(network.path.c_str())), address);
-    if (!holder.isEmpty()) {
-        return QStringLiteral(
-                   "Le port 8000 de cette machine est déjà pris, par %1. Arrêtez-le d'abord.")
-            .arg(holder);
+    const QString obstacle = port_obstacle(network);
+    if (!obstacle.isEmpty()) {
+        return obstacle;
     }
     const QString complaint = django_complaint(QFile::decodeName(network.path.c_str()));
     if (!complaint.isEmpty()) {
         return QStringLiteral("Django ne peut pas le charger : ") + complaint;
     }
     return QStringLiteral("Regardez ce que dit son terminal.");
+}
+
+QString port_obstacle(const Network& network) {
+    const QString holder =
+        port_holder(QDir(QFile::decodeName(network.path.c_str())), own_host(latin1_text(getIp())));
+    return holder.isEmpty()
+               ? QString()
+               : QStringLiteral(
+                     "Le port 8000 de cette machine est déjà pris, par %1. Arrêtez-le d'abord.")
+                     .arg(holder);
+}
+
+QString loss_reason(const NetworkState& state) {
+    if (!state.runs) {
+        return QStringLiteral("Son serveur s'est arrêté, ou son terminal a été fermé.");
+    }
+    if (state.address.isEmpty()) {
+        return QStringLiteral(
+            "Cette machine n'a plus d'adresse sur le réseau local : vérifiez son câble ou son "
+            "wifi.");
+    }
+    return QStringLiteral("Son serveur ne répond pas à l'adresse http://%1:8000.")
+        .arg(state.address);
 }

@@ -48,18 +48,21 @@ NetworkList::NetworkList(QWidget& window)
     rows->setVerticalSpacing(4);
     rows->setColumnStretch(0, 1);
     for (int i = 0; i < entries.size(); ++i) {
-        const int letter = QFontInfo(QApplication::font()).pixelSize();
-        entries[i]->setMinimumHeight(std::max(28, static_cast<int>(std::ceil(2.2 * letter))));
         entries[i]->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
         rows->addWidget(entries[i], i, 0);
         texts[i].name = entries[i]->text();
     }
-    rows->setRowStretch(entries.size() + 1, 1);
+    last_row = entries.size();
+    rows->setRowStretch(last_row, 1);
     if (entries.size() >= filtered_from) {
-        add_filter();
-        column->addWidget(filter);
+        add_filter(*column);
     }
     column->addWidget(scroll, 1);
+    const int letter = QFontInfo(QApplication::font()).pixelSize();
+    for (QPushButton* button : std::as_const(entries)) {
+        // Now that it has the style of its new place, which takes back the height of the old one.
+        button->setMinimumHeight(std::max(28, static_cast<int>(std::ceil(2.2 * letter))));
+    }
     scroll->viewport()->installEventFilter(this);
     connect(qApp, &QApplication::focusChanged, scroll, [this](QWidget*, QWidget* now) {
         if (now != nullptr && scroll->widget()->isAncestorOf(now)) {
@@ -72,13 +75,18 @@ const QVector<QPushButton*>& NetworkList::buttons() const {
     return entries;
 }
 
-void NetworkList::add_filter() {
+void NetworkList::add_filter(QVBoxLayout& column) {
     filter = named("filter_field", new QLineEdit);
     filter->setPlaceholderText(QStringLiteral("Filtrer"));
     filter->setAccessibleName(QStringLiteral("Filtrer"));
     filter->setClearButtonEnabled(true);
     filter->installEventFilter(this);
     connect(filter, &QLineEdit::textChanged, this, &NetworkList::show_matching);
+    // Beside the list's title, which stands last: it takes no height from the list.
+    auto* row = new QHBoxLayout;
+    row->addItem(column.takeAt(column.count() - 1));
+    row->addWidget(filter, 1);
+    column.addLayout(row);
 }
 
 void NetworkList::show_matching(const QString& typed) {
@@ -152,7 +160,9 @@ void NetworkList::add_beside(int entry, QWidget* widget) {
 }
 
 void NetworkList::add_below(QWidget* widget) {
-    rows->addWidget(widget, entries.size(), 0, 1, 2);
+    rows->setRowStretch(last_row, 0);
+    rows->addWidget(widget, last_row++, 0, 1, 2);
+    rows->setRowStretch(last_row, 1);
 }
 
 bool NetworkList::eventFilter(QObject* object, QEvent* event) {

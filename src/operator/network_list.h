@@ -8,6 +8,7 @@ class QGridLayout;
 class QLineEdit;
 class QPushButton;
 class QScrollArea;
+class QVBoxLayout;
 
 /// What an entry of a list of networks says.
 struct NetworkEntry {
@@ -41,7 +42,7 @@ public:
     /// Puts a widget at the right of a button.
     void add_beside(int entry, QWidget* widget);
 
-    /// Puts a widget below all entries; it scrolls with them.
+    /// Puts a widget below all entries and what was put there before; it scrolls with them.
     void add_below(QWidget* widget);
 
     /// Gives the focus to a button, and scrolls to it.
@@ -51,7 +52,7 @@ protected:
     bool eventFilter(QObject* object, QEvent* event) override;
 
 private:
-    void add_filter();
+    void add_filter(QVBoxLayout& column);
     void show_matching(const QString& typed);
     void focus_first();
     void set_captions();
@@ -60,6 +61,7 @@ private:
     QVector<QPushButton*> entries;
     QVector<NetworkEntry> texts;
     QGridLayout* rows;
+    int last_row = 0;  ///< the first free one
     QScrollArea* scroll;
     QLineEdit* filter = nullptr;
 };

@@ -1,0 +1,54 @@
+#include "home_links.h"
+
+#include <QBoxLayout>
+#include <QCoreApplication>
+#include <QFile>
+#include <QLabel>
+#include <QProcess>
+#include <QPushButton>
+#include <QUrl>
+
+#include "networkselectionwindow.h"
+#include "open_url.h"
+#include "screen_pieces.h"
+
+namespace {
+
+QPushButton* add_link(QHBoxLayout& row, const char* name, const QString& text,
+                      const QString& file) {
+    auto* link = named(name, new QPushButton(text));
+    link->setCursor(Qt::PointingHandCursor);
+    link->setVisible(QFile::exists(file));
+    row.addWidget(link);
+    return link;
+}
+
+void add_program(QHBoxLayout& row, const char* name, const QString& text, const char* program) {
+    const QString file =
+        QCoreApplication::applicationDirPath() + QLatin1Char('/') + QLatin1String(program);
+    QObject::connect(add_link(row, name, text, file), &QPushButton::clicked,
+                     [file] { QProcess::startDetached(file, {}); });
+}
+
+}  // namespace
+
+void add_home_links(NetworkSelectionWindow& window) {
+    auto* picture = window.findChild<QLabel*>(QStringLiteral("home_picture"));
+    auto* container = static_cast<QHBoxLayout*>(picture->parentWidget()->layout());
+    container->setContentsMargins(0, 0, 0, 0);
+    window.layout()->setContentsMargins(9, 9, 9, 9);
+
+    auto* column = new QVBoxLayout;
+    column->addWidget(picture);
+    auto* row = new QHBoxLayout;
+    column->addLayout(row);
+    container->insertLayout(0, column);
+
+    const QString guide = QCoreApplication::applicationDirPath() +
+                          QStringLiteral("/../share/doc/quorvale/guide.html");
+    QObject::connect(add_link(*row, "guide_button", QStringLiteral("Guide"), guide),
+                     &QPushButton::clicked,
+                     [guide] { open_url(QUrl::fromLocalFile(guide).toString()); });
+    add_program(*row, "client_button", QStringLiteral("Client"), "quorvale-client");
+    add_program(*row, "setup_button", QStringLiteral("Configuration"), "quorvale-setup");
+}

@@ -1,0 +1,59 @@
+#pragma once
+
+#include <QNetworkAccessManager>
+#include <QStringList>
+#include <QTimer>
+#include <set>
+
+#include "background_look.h"
+#include "network.h"
+
+class QNetworkReply;
+
+/// What can be seen of a network at one moment.
+struct NetworkState {
+    QString address;       ///< the machine's own, as the programs find it; may be empty
+    bool runs = false;     ///< a process serves it
+    bool opened = false;   ///< a process stands in its directory: its terminal is there
+    bool ended = false;    ///< its terminal has a plain shell that was not there at first
+    bool answers = false;  ///< it answers at `host`, by its own name
+    QStringList names{};   ///< at which it is reached on the LAN, with their port
+    int visitors = 0;      ///< machines that came within the last five minutes
+};
+
+/// Returns the host at which this machine reaches a network of its own: its address, or where
+/// networks are served without one.
+QString own_host(const QString& address);
+
+/// Whether other machines reach that address.
+bool is_reached_by_others(const QString& address);
+
+/// Looks at one network of this machine again and again: at its processes, and whether its server
+/// answers. The window's thread does not wait for it.
+class NetworkWatch : public QObject {
+    Q_OBJECT
+
+public:
+    /// Looks from now on, twice a second until set_calm(). The network is copied.
+    NetworkWatch(const Network& watched, QObject* parent);
+
+    /// Looks every two seconds from now on.
+    void set_calm();
+
+signals:
+    void looked(const NetworkState& state);
+
+private:
+    void look_at_processes();
+    void ask();
+    void judge(QNetworkReply& reply);
+    void report();
+
+    const Network network;
+    const std::set<pid_t> old_shells;
+    NetworkState state;
+    QByteArray own_name;  ///< that the network is to answer, as far as it was asked for
+    QNetworkAccessManager web;
+    QTimer timer;
+    BackgroundLook processes;
+};

@@ -1,0 +1,52 @@
+#pragma once
+
+#include <QObject>
+
+class NetworkSelectionWindow;
+class QHBoxLayout;
+class QLabel;
+class QPushButton;
+class QWidget;
+struct NetworkState;
+
+/// The window's ready screen, which tells of one network what is true of it: its own name, address
+/// and names on the LAN, whether it answers, and how many visitors it has. Belongs to the screen.
+class ReadyScreen : public QObject {
+    Q_OBJECT
+
+public:
+    /// Replaces the window's screen: the network is starting.
+    ReadyScreen(NetworkSelectionWindow& shown, const QString& network_name);
+
+    void show_starting();
+    /// The network answers.
+    void show_answering(const NetworkState& state);
+    /// The network does not answer any more, for that reason.
+    void show_lost(const QString& reason);
+
+signals:
+    void access_pressed();
+    void stop_pressed();
+    void restart_pressed();
+    void list_pressed();
+
+private:
+    QPushButton* add_button(QHBoxLayout& row, const char* name, const QString& text);
+    void add_buttons();
+    void add_panel();
+    void set_lost(bool lost);
+    void set_address(const QString& host);
+    void draw_code(const QString& url);
+
+    NetworkSelectionWindow& window;
+    QLabel* status;
+    QLabel* name = nullptr;
+    QLabel* address = nullptr;
+    QLabel* names = nullptr;
+    QLabel* details = nullptr;
+    QLabel* code = nullptr;
+    QWidget* animation;
+    QPushButton* access;
+    QPushButton* restart = nullptr;
+    QString coded_url;
+};
