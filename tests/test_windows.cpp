@@ -5,6 +5,7 @@
 #include <QIcon>
 #include <QLabel>
 #include <QLineEdit>
+#include <QMessageBox>
 #include <QPushButton>
 #include <QUrl>
 #include <QtTest>
@@ -17,6 +18,7 @@
 #include "applicationsetup.h"
 #include "clientwindow.h"
 #include "french_texts.h"
+#include "network_list.h"
 #include "networkselectionwindow.h"
 #include "setupwindow.h"
 #include "test_directory.h"
@@ -247,6 +249,41 @@ private slots:
             QCOMPARE(rows_of_text[1], rows_of_text[0]);
         }
         QApplication::setFont(system_font);
+    }
+
+    void many_networks() {
+        const ProductDirectory directory;
+        const ProductStyle style;
+        QByteArray registry;
+        for (int i = 0; i < 40; ++i) {
+            registry +=
+                (i % 2 == 0 ? "\xc9t\xe9 " : "Salle ") + QByteArray::number(i / 4) + "|/d|\n";
+        }
+        directory.write(QStringLiteral("networks.data"), registry);
+        const auto window = screen(QStringLiteral("home"));
+        window->show();
+        NetworkList list(*window);
+        QVector<NetworkEntry> entries;
+        for (int i = 0; i < 40; ++i) {
+            entries.push_back({list.buttons()[i]->text(), QStringLiteral("/d%1").arg(i), {}});
+        }
+        entries[7].name = QStringLiteral("Arts & Lettres");
+        list.show_entries(entries);
+        QCOMPARE(list.buttons()[7]->accessibleName(), QStringLiteral("Arts & Lettres"));
+        QVERIFY(list.buttons()[0]->accessibleName().endsWith(QStringLiteral("/d0")));
+        list.focus(39);
+        const QPushButton* last = list.buttons()[39];
+        QVERIFY(last->height() >= 28);
+        QTRY_COMPARE(window->childAt(last->mapTo(window.get(), last->rect().center())), last);
+
+        auto* filter = window->findChild<QLineEdit*>(QStringLiteral("filter_field"));
+        filter->setFocus();
+        QTest::keyClicks(filter, QStringLiteral("ETE 9"));
+        for (int i = 0; i < 40; ++i) {
+            QCOMPARE(list.buttons()[i]->isVisible(), i == 36 || i == 38);
+        }
+        QTest::keyClick(filter, Qt::Key_Return);
+        QCOMPARE(window->focusWidget(), list.buttons()[36]);
     }
 
     void states_of_a_button() {
@@ -547,11 +584,30 @@ private slots:
         QTest::mouseClick(back, Qt::RightButton);
         QCoreApplication::processEvents();
         QCOMPARE(left.count(), 0);
-        QTest::mouseClick(back, Qt::LeftButton);
-        QTest::mouseDClick(back, Qt::LeftButton);
-        QTest::mouseRelease(back, Qt::LeftButton);
-        QCoreApplication::processEvents();
-        QCOMPARE(left.count(), 1);
+        for (const bool yes : {false, true}) {  // "Non" is the default
+            int asked = 0;
+            QTimer answer;
+            connect(&answer, &QTimer::timeout, &window, [&asked, yes] {
+                auto* question = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+                if (question == nullptr) {
+                    return;
+                }
+                ++asked;
+                for (QAbstractButton* button : question->buttons()) {
+                    if (yes && question->buttonRole(button) == QMessageBox::YesRole) {
+                        button->setFocus();
+                    }
+                }
+                QTest::keyClick(question->focusWidget(), Qt::Key_Return);
+            });
+            answer.start(10);
+            QTest::mouseClick(back, Qt::LeftButton);
+            QTest::mouseDClick(back, Qt::LeftButton);
+            QTest::mouseRelease(back, Qt::LeftButton);
+            QCoreApplication::processEvents();
+            QCOMPARE(left.count(), yes ? 1 : 0);
+            QCOMPARE(asked, 1);
+        }
     }
 };
 

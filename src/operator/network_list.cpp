@@ -114,9 +114,10 @@ void NetworkList::focus_first() {
 
 void NetworkList::focus(int entry) {
     entries[entry]->setFocus();
-    scroll->widget()->adjustSize();  // its rows may not have been laid out yet
-    rows->activate();
-    scroll->ensureWidgetVisible(entries[entry], 0, 4);
+    // Once everything has its place.
+    QMetaObject::invokeMethod(
+        scroll, [this, entry] { scroll->ensureWidgetVisible(entries[entry], 0, 4); },
+        Qt::QueuedConnection);
 }
 
 void NetworkList::show_entries(const QVector<NetworkEntry>& shown) {
