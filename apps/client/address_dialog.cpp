@@ -47,7 +47,7 @@ const QString& AddressDialog::name() const {
 void AddressDialog::ask() {
     server = server_address(field->text());
     if (server.isEmpty()) {
-        say(QStringLiteral("Ce n'est pas une adresse. Écrivez-la comme dans l'exemple."),
+        say(QStringLiteral("Ce n'est pas une adresse. Exemple : 192.0.2.10, ou 192.0.2.10:8000."),
             "#b00020");
         return;
     }
