@@ -529,7 +529,7 @@ private slots:
         directory.fake_command(QStringLiteral("python3"),
                                "[ \"$3\" != liste ] || exec cat $WORK/accounts\n"
                                "read -r line; echo \"$* $line\" >> $WORK/asked");
-        directory.write(QStringLiteral("accounts"), "super\tanne\tA P\nstandard\tbob\t\n");
+        directory.write(QStringLiteral("accounts"), "super\tanne\tA P\nstandard\tsuper\t\n");
         SetupWindow window(nullptr);
         new SetupControls(window);
         window.show();
@@ -560,7 +560,7 @@ private slots:
         }
         QTRY_COMPARE(directory.read(QStringLiteral("asked")),
                      "manage.py compte mot-de-passe -- anne sésame\n"
-                     "manage.py compte supprimer -- bob \n");
+                     "manage.py compte supprimer -- super \n");
         QTRY_VERIFY(window.findChild<QWidget*>(QStringLiteral("accounts_page"))->isEnabled());
     }
 

@@ -3,6 +3,7 @@
 #include <QLabel>
 #include <QPushButton>
 #include <QVBoxLayout>
+#include <algorithm>
 
 #include "account_command.h"
 #include "password_dialog.h"
@@ -66,7 +67,9 @@ void AccountsPage::show_network(const RegisteredNetwork& shown) {
 void AccountsPage::show_accounts(const QString& listed) {
     list->clear();
     const QStringList accounts = listed.split(QLatin1Char('\n'), Qt::SkipEmptyParts);
-    const auto supers = accounts.filter(QStringLiteral("super\t"), Qt::CaseSensitive).size();
+    const auto supers = std::count_if(accounts.begin(), accounts.end(), [](const QString& account) {
+        return account.startsWith(QStringLiteral("super\t"));
+    });
     for (const QString& account : accounts) {
         const QStringList fields = account.split(QLatin1Char('\t'));
         const QString pseudonym = fields.value(1);
