@@ -50,14 +50,14 @@ class ServedNetworkTest(unittest.TestCase, Visitor):
         self.manage("migrate", "--verbosity", "0")
         self.manage("createsuperuser", "--no-input", "--username", "zoé", "--email", "z@localhost")
 
-    def start_server(self, **options):
+    def start_server(self, verbosity=1, **options):
         if not self.port:
             with socket.socket() as probe:
                 probe.bind(("127.0.0.1", 0))
                 self.port = probe.getsockname()[1]
         self.server = subprocess.Popen(
-            ["python3", "manage.py", "runserver", f"127.0.0.1:{self.port}"], cwd=self.project,
-            env=ENVIRONMENT, start_new_session=True,
+            ["python3", "manage.py", "runserver", f"127.0.0.1:{self.port}",
+             f"--verbosity={verbosity}"], cwd=self.project, env=ENVIRONMENT, start_new_session=True,
             **{"stdout": subprocess.DEVNULL, "stderr": subprocess.DEVNULL, **options})
         self.addCleanup(self.end_server)
         deadline = time.monotonic() + 60

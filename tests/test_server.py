@@ -185,7 +185,7 @@ class ServerTest(ServedNetworkTest):
     def test_terminal(self):
         """Ctrl+S stops nothing; a terminal that nobody reads holds neither pages nor the end."""
         ours, terminal = pty.openpty()
-        self.start_server(stdin=terminal, stdout=terminal, stderr=terminal,
+        self.start_server(verbosity=2, stdin=terminal, stdout=terminal, stderr=terminal,
                           preexec_fn=lambda: fcntl.ioctl(terminal, termios.TIOCSCTTY, 0))
         os.write(ours, b"\x13")
         self.ask("/?q=lu")

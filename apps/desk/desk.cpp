@@ -38,12 +38,17 @@ QString quoted(const QString& name) {
 }  // namespace
 
 Desk::Desk()
-    : start_lock(QStringLiteral("start.lock")),
-      look([this] { served = find_served(directories); }) {
+    : start_lock(QStringLiteral("start.lock")), look([this] { found = find_served(directories); }) {
     start_lock.setStaleLockTime(0);  // only a dead program's lock is taken over
     marking.setInterval(2000);
     connect(&marking, &QTimer::timeout, &look, [this] { look.start(); });
-    connect(&look, &QThread::finished, this, &Desk::mark_running);
+    connect(&look, &QThread::finished, this, [this] {
+        look.wait();  // for one that has begun since
+        if (found.size() == networks.size()) {
+            served = found;
+            mark_running();
+        }
+    });
 }
 
 Desk::~Desk() = default;

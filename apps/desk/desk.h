@@ -100,7 +100,8 @@ private:
     QLockFile start_lock;  ///< held during a start: one at a time among the operator's desks
 
     std::vector<std::string> directories;  ///< of the networks, for the look
-    std::vector<bool> served;              ///< what it found
+    std::vector<bool> found;               ///< by the look; only its thread's while it runs
+    std::vector<bool> served;              ///< the networks in service, when last seen
     QTimer marking;
     BackgroundLook look;
 };
