@@ -52,7 +52,7 @@ NetworkList::NetworkList(QWidget& window)
         rows->addWidget(entries[i], i, 0);
         texts[i].name = entries[i]->text();
     }
-    last_row = entries.size();
+    last_row = static_cast<int>(entries.size());
     rows->setRowStretch(last_row, 1);
     if (entries.size() >= filtered_from) {
         add_filter(*column);
