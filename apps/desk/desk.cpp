@@ -354,6 +354,9 @@ void Desk::fail_start() {
     if (!window->isVisible()) {
         return;
     }
+    if (was_launched) {
+        watch->disconnect(this);  // its next look would fail the start once more, under the message
+    }
     QApplication::setOverrideCursor(Qt::BusyCursor);
     const QString reason = start_failure(*chosen);
     QApplication::restoreOverrideCursor();
