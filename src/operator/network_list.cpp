@@ -114,9 +114,13 @@ void NetworkList::focus_first() {
 
 void NetworkList::focus(int entry) {
     entries[entry]->setFocus();
-    // Once everything has its place.
+    // And once everything is shown and has its place: what is hidden is passed over.
     QMetaObject::invokeMethod(
-        scroll, [this, entry] { scroll->ensureWidgetVisible(entries[entry], 0, 4); },
+        scroll,
+        [this, entry] {
+            entries[entry]->setFocus();
+            scroll->ensureWidgetVisible(entries[entry], 0, 4);
+        },
         Qt::QueuedConnection);
 }
 
