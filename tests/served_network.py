@@ -2,6 +2,7 @@
 
 import os
 import re
+import shutil
 import socket
 import subprocess
 import sys
@@ -18,22 +19,34 @@ ENVIRONMENT = {**os.environ, "PATH": "/usr/bin:/bin", "PYTHONDONTWRITEBYTECODE":
                "DJANGO_SUPERUSER_PASSWORD": "un mot de passe"}
 
 
+def run_in(directory, *command):
+    subprocess.run(command, cwd=directory, env=ENVIRONMENT, check=True, stdout=subprocess.DEVNULL)
+
+
 class ServedNetworkTest(unittest.TestCase, Visitor):
+    @classmethod
+    def setUpClass(cls):
+        """Make the network that each test gets a copy of, and the database with an account."""
+        directory = tempfile.TemporaryDirectory()
+        cls.addClassCleanup(directory.cleanup)
+        cls.made = Path(directory.name, "Atelier")
+        run_in(directory.name, "django-admin", "startproject", "Atelier")
+        run_in(TEMPLATE, "cp", "-a", "settings.py", "urls.py", "hubs", "ressources", "templates",
+               "static", cls.made / "Atelier")
+        whole = shutil.copytree(cls.made, Path(directory.name, "whole"))
+        run_in(whole, "python3", "manage.py", "migrate", "--verbosity", "0")
+        run_in(whole, "python3", "manage.py", "createsuperuser", "--no-input", "--username", "zoé",
+               "--email", "z@localhost")
+        cls.accounts = whole / "db.sqlite3"
+
     def setUp(self):
         Visitor.__init__(self, "127.0.0.1")
         directory = tempfile.TemporaryDirectory()
         self.addCleanup(directory.cleanup)
-        self.project = Path(directory.name) / "Atelier"
+        self.project = shutil.copytree(self.made, Path(directory.name, "Atelier"))
         self.offered = self.project / "Atelier" / "ressources"
         self.handed_in = self.project / "Atelier" / "depots"
-        self.run_in(directory.name, "django-admin", "startproject", "Atelier")
-        self.run_in(TEMPLATE, "cp", "-a", "settings.py", "urls.py", "hubs", "ressources",
-                    "templates", "static", self.project / "Atelier")
         self.offer("Bienvenue.txt")
-
-    def run_in(self, directory, *command):
-        subprocess.run(command, cwd=directory, env=ENVIRONMENT, check=True,
-                       stdout=subprocess.DEVNULL)
 
     def offer(self, path, content="contenu", seconds_ago=600):
         file = self.offered / path
@@ -43,12 +56,8 @@ class ServedNetworkTest(unittest.TestCase, Visitor):
         os.utime(file, (then, then))
         return file
 
-    def manage(self, *arguments):
-        self.run_in(self.project, "python3", "manage.py", *arguments)
-
     def make_account(self):
-        self.manage("migrate", "--verbosity", "0")
-        self.manage("createsuperuser", "--no-input", "--username", "zoé", "--email", "z@localhost")
+        shutil.copy(self.accounts, self.project)
 
     def start_server(self, verbosity=1, **options):
         if not self.port:

@@ -3,6 +3,7 @@
 
 import contextlib
 import io
+import json
 import os
 import re
 import socket
@@ -13,7 +14,26 @@ import unittest
 import zipfile
 from urllib.parse import quote
 
-from served_network import ENVIRONMENT, ServedNetworkTest
+from served_network import ENVIRONMENT, ServedNetworkTest, run_in
+
+
+# Calls "manage.py compte" in one process as often as it reads words and a password, and prints the
+# status, output and errors of each call. Starting Django takes far longer than a call.
+COMPTE_CALLS = """
+import contextlib, io, json, os, sys
+from django.core.management import execute_from_command_line
+os.environ["DJANGO_SETTINGS_MODULE"] = "Atelier.settings"
+done = []
+for words, password in json.load(sys.stdin):
+    sys.stdin, out, err, status = io.StringIO(password + "\\n"), io.StringIO(), io.StringIO(), 0
+    with contextlib.redirect_stdout(out), contextlib.redirect_stderr(err):
+        try:
+            execute_from_command_line(["manage.py", "compte", *words])
+        except SystemExit as end:
+            status = end.code
+    done.append((status, out.getvalue(), err.getvalue()))
+json.dump(done, sys.stdout)
+"""
 
 
 class TemplateTest(ServedNetworkTest):
@@ -181,28 +201,35 @@ class TemplateTest(ServedNetworkTest):
         self.assertEqual((answer[0], answer[1]["Location"]), (302, "/ressources/Cours/"))
         self.assertFalse((self.offered / "Cours" / "B.txt").exists())
 
+    def output(self, typed, *words):
+        """What Python prints in the project, called with these words."""
+        return subprocess.run(("python3", *words), cwd=self.project, env=ENVIRONMENT, input=typed,
+                              stdout=subprocess.PIPE, text=True, check=True).stdout
+
     def test_uploads(self):
-        manage = ("python3", "manage.py")
-        self.manage("check", "--deploy", "--fail-level", "WARNING")
-        self.manage("migrate", "--verbosity", "0")
-        listed = "invite\thôte\t\nsuper\tx\t\nstandard\tzoé\tZoé de Łódź\n"
-        for status, words, password in [
-                (0, ("standard", "--", "zoé", "Zoé de Łódź"), "un autre mot de passe"),
-                (0, ("super", "x"), "un mot de passe"), (0, ("invite", "hôte"), "un autre mot"),
-                (4, ("super", "zoé"), "un mot de passe"), (4, ("super", "a b"), "un mot de passe"),
-                (4, ("super", "a" * 151), "un mot de passe"), (4, ("super", ""), "un mot de passe"),
-                (3, ("super", "ab"), ""), (3, ("super", "marguerite"), "marguerite1"),
-                (3, ("super", "ab", "Marguerite Aubépine"), "aubépine1"), (0, ("liste",), ""),
-                (3, ("mot-de-passe", "zoé"), "court"),
-                (4, ("mot-de-passe", "a"), "un mot de passe"),
-                (0, ("mot-de-passe", "zoé"), "un mot de passe"), (4, ("supprimer", "x"), ""),
-                (0, ("supprimer", "hôte"), ""), (4, ("supprimer", "hôte"), "")]:
-            done = subprocess.run((*manage, "compte", *words), cwd=self.project, text=True,
-                                  env=ENVIRONMENT, input=f"{password}\n", capture_output=True)
-            self.assertEqual(done.returncode, status, done.stderr)
-            self.assertRegex(done.stderr, r"\A(([A-Z«][^\n]*\.\n)+)?\Z")
-            self.assertEqual(bool(done.stderr), status != 0)
-            self.assertEqual(done.stdout, listed if words == ("liste",) else "")
+        run_in(self.project, "python3", "manage.py", "check", "--deploy", "--fail-level", "WARNING")
+        run_in(self.project, "python3", "manage.py", "migrate", "--verbosity", "0")
+        compte = ("manage.py", "compte")
+        listed = "super\tx\t\nstandard\tzoé\tZoé de Łódź\n"
+        self.output("un autre mot de passe\n", *compte, "standard", "--", "zoé", "Zoé de Łódź")
+        calls = [
+            (0, ("super", "x"), "un mot de passe"), (0, ("invite", "hôte"), "un autre mot"),
+            (4, ("super", "zoé"), "un mot de passe"), (4, ("super", "a b"), "un mot de passe"),
+            (4, ("super", "a" * 151), "un mot de passe"), (4, ("super", ""), "un mot de passe"),
+            (3, ("super", "ab"), ""), (3, ("super", "marguerite"), "marguerite1"),
+            (3, ("super", "ab", "Marguerite Aubépine"), "aubépine1"), (0, ("liste",), ""),
+            (3, ("mot-de-passe", "zoé"), "court"), (4, ("mot-de-passe", "a"), "un mot de passe"),
+            (0, ("mot-de-passe", "zoé"), "un mot de passe"), (4, ("supprimer", "x"), ""),
+            (0, ("supprimer", "hôte"), ""), (4, ("supprimer", "hôte"), "")]
+        done = json.loads(self.output(json.dumps([call[1:] for call in calls]),
+                                      "-c", COMPTE_CALLS))
+        self.assertEqual(len(done), len(calls))
+        for (wanted, words, _), (status, out, err) in zip(calls, done):
+            self.assertEqual(status, wanted, (words, err))
+            self.assertRegex(err, r"\A(([A-Z«][^\n]*\.\n)+)?\Z")
+            self.assertEqual(bool(err), status != 0)
+            self.assertEqual(out, "invite\thôte\t\n" + listed if words == ("liste",) else "")
+        self.assertEqual(self.output("", *compte, "liste"), listed)
         self.start_server()
         answer = self.send("a.txt", "a")
         self.assertEqual((answer[0], b"Formulaire p" in answer[2]), (403, True))
