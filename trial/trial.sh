@@ -52,10 +52,11 @@ wait_for() {
     done
 }
 
-# Whether the window of exactly that title shows its widgets. A program that is busy is not asked
-# for them before its window is there.
+# Whether the window of exactly that title shows its widgets, which are left in $content. A program
+# that is busy is not asked for them before its window is there.
 shown() {
-    xdotool search --onlyvisible --name "^$1\$" && [ -n "$("$here/screen_content" "$1")" ]
+    xdotool search --onlyvisible --name "^$1\$" && content=$("$here/screen_content" "$1") &&
+        [ -n "$content" ]
 }
 
 # Brings a window to the front: NUMBER. A message of the same program, which the window waits for,
@@ -108,11 +109,13 @@ place_of() {
         'index($4, name) == 1 {print $2, $3; found = 1; exit} END {exit !found}'
 }
 
+found() { place=$(place_of "$1" "$2"); }
+
 # Clicks on it, once the window is in front: TITLE NAME.
 click_on() {
     local x y
     to_front "$1" >/dev/null
-    wait_for "« $2 »" place_of "$1" "$2"
-    read -r x y < <(place_of "$1" "$2")
+    wait_for "« $2 »" found "$1" "$2"
+    read -r x y <<<"$place"
     xdotool mousemove "$x" "$y" click 1
 }
