@@ -1,12 +1,36 @@
 #include "applicationsetup.h"
 
 #include <QApplication>
+#include <QEvent>
 #include <QIcon>
 #include <QLocale>
 #include <QPalette>
+#include <QTimer>
 #include <QWidget>
 
 #include "qt_compat.h"
+
+namespace {
+
+/// Takes a maximising back: under Wayland, Qt's own frame offers it to a window of one size, too.
+class MaximisingGuard : public QObject {
+public:
+    explicit MaximisingGuard(QWidget& guarded) : QObject(&guarded), window(guarded) {
+        window.installEventFilter(this);
+    }
+
+    bool eventFilter(QObject* watched, QEvent* event) override {
+        if (event->type() == QEvent::WindowStateChange && window.isMaximized()) {
+            QTimer::singleShot(0, &window, &QWidget::showNormal);
+        }
+        return QObject::eventFilter(watched, event);
+    }
+
+private:
+    QWidget& window;
+};
+
+}  // namespace
 
 ApplicationSetup::ApplicationSetup()
     : style_file(QStringLiteral("style.qss")), languages(QLocale::system().uiLanguages()) {
@@ -22,6 +46,7 @@ void ApplicationSetup::dress_window(QWidget& window) {
         window.setWindowIcon(QIcon(icon_file));
     }
     window.setWindowFlags(Qt::Window | Qt::WindowMinimizeButtonHint | Qt::WindowCloseButtonHint);
+    new MaximisingGuard(window);
 }
 
 void ApplicationSetup::show_first_window(QWidget& window) {
