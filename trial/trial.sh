@@ -59,12 +59,13 @@ shown() {
         [ -n "$content" ]
 }
 
-# Brings a window to the front: NUMBER. A message of the same program, which the window waits for,
-# stays in front of it.
+# Brings a window to the front: TITLE. Its number is then in $window. A message of the same program,
+# which the window waits for, stays in front of it.
 brought() {
-    xdotool windowactivate "$1" && in_front "$1" && return
+    window=$(xdotool search --onlyvisible --name "^$1\$") || return
+    xdotool windowactivate "$window" && in_front "$window" && return
     sleep 0.1
-    in_front "$1"
+    in_front "$window"
 }
 
 in_front() {
@@ -75,8 +76,7 @@ in_front() {
 to_front() {
     local window
     wait_for "the window « $1 »" shown "$1"
-    window=$(xdotool search --onlyvisible --name "^$1\$")
-    wait_for "« $1 » in front" brought "$window"
+    wait_for "« $1 » in front" brought "$1"
     echo "$window"
 }
 

@@ -93,7 +93,7 @@ void Desk::show_home(const QString& focused_network) {
     wire_home();
     served = find_served(directories);
     mark_running();
-    for (int i = list->buttons().size() - 1; i >= 0; --i) {
+    for (int i = static_cast<int>(networks.size()) - 1; i >= 0; --i) {
         const std::string& name = networks[static_cast<std::size_t>(i)]->name;
         if (i == 0 || latin1_text(name) == focused_network) {
             list->focus(i);
@@ -252,7 +252,7 @@ void Desk::show_loading() {
 }
 
 QString Desk::launch_chosen() {
-    const QString reason = claim_start();
+    QString reason = claim_start();
     if (!reason.isEmpty()) {
         return reason;
     }

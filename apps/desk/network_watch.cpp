@@ -110,7 +110,7 @@ void NetworkWatch::judge(QNetworkReply& reply) {
     connect(details, &QNetworkReply::finished, this, [this, details] {
         details->deleteLater();
         const QJsonObject told = QJsonDocument::fromJson(details->read(10'000)).object();
-        for (const QJsonValue& held : told.value(QStringLiteral("names")).toArray()) {
+        for (const QVariant& held : told.value(QStringLiteral("names")).toArray().toVariantList()) {
             state.names << held.toString();
         }
         state.visitors = told.value(QStringLiteral("visitors")).toInt();

@@ -164,7 +164,8 @@ void ReadyScreen::draw_code(const QString& url) {
                     return;
                 }
                 const qreal scale = code->devicePixelRatioF();
-                const int side = qRound(170 / modules.width() * scale) * modules.width();
+                const int module = 170 / modules.width();
+                const int side = qRound(module * scale) * modules.width();
                 QPixmap picture = QPixmap::fromImage(modules.scaled(side, side));
                 picture.setDevicePixelRatio(scale);
                 code->setPixmap(picture);

@@ -71,7 +71,7 @@ QString start_failure(const Network& network) {
         return QStringLiteral("Son terminal ne s'est pas ouvert, ou il a été fermé.") +
                (words.isEmpty() ? QString() : QStringLiteral("\n\n") + words);
     }
-    const QString obstacle = port_obstacle(network);
+    QString obstacle = port_obstacle(network);
     if (!obstacle.isEmpty()) {
         return obstacle;
     }
