@@ -4,6 +4,7 @@
 #include <QLocale>
 #include <QProcess>
 
+#include "background_command.h"
 #include "network_jobs.h"
 
 NetworkMenu::NetworkMenu(const RegisteredNetwork& shown, bool served, NetworkJobs& jobs,
@@ -50,6 +51,7 @@ void NetworkMenu::add_size() {
                 }
             }
         });
+    end_with_owner(*program, *this);  // closed before it is known
     program->start(QCoreApplication::applicationDirPath() + QStringLiteral("/quorvale-network"),
                    {QStringLiteral("list")});
 }

@@ -7,6 +7,7 @@
 #include <QProcess>
 #include <QPushButton>
 
+#include "background_command.h"
 #include "network_watch.h"
 #include "networkselectionwindow.h"
 #include "screen_pieces.h"
@@ -103,6 +104,7 @@ void ReadyScreen::add_panel() {
 void ReadyScreen::show_starting() {
     status->setText(QStringLiteral("Démarrage…"));
     set_lost(false);
+    animation->hide();  // its mark says that all is well
     details->clear();
 }
 
@@ -131,7 +133,11 @@ void ReadyScreen::show_lost(const QString& reason) {
 void ReadyScreen::set_lost(bool lost) {
     animation->setVisible(!lost);
     access->setVisible(!lost);
+    const bool changed = restart->isHidden() == lost;
     restart->setVisible(lost);
+    if (changed) {
+        (lost ? restart : access)->setFocus();  // not what stops the network
+    }
 }
 
 void ReadyScreen::set_address(const QString& host) {
@@ -170,6 +176,7 @@ void ReadyScreen::draw_code(const QString& url) {
                 picture.setDevicePixelRatio(scale);
                 code->setPixmap(picture);
             });
+    end_with_owner(*python, *this);
     python->start(QStringLiteral("python3"),
                   {QStringLiteral("-c"),
                    QStringLiteral("import segno, sys; segno.make(sys.argv[1], micro=False).save("

@@ -26,13 +26,17 @@ void run_in_background(QObject& owner, const QStringList& command, const QString
                 succeeded ? process->readAllStandardOutput() : process->readAllStandardError();
             ended(how == QProcess::NormalExit ? status : 1, QString::fromUtf8(said).trimmed());
         });
-    QObject::connect(&owner, &QObject::destroyed, process, [process, &owner] {
-        const int clearing_time = 2000;
-        QObject::disconnect(process, nullptr, &owner, nullptr);
-        process->terminate();
-        process->waitForFinished(clearing_time);
-    });
+    end_with_owner(*process, owner);
     process->start(command.first(), command.mid(1));
     process->write(line + '\n');
     process->closeWriteChannel();
+}
+
+void end_with_owner(QProcess& process, QObject& owner) {
+    QObject::connect(&owner, &QObject::destroyed, &process, [&process, &owner] {
+        const int clearing_time = 2000;
+        QObject::disconnect(&process, nullptr, &owner, nullptr);
+        process.terminate();
+        process.waitForFinished(clearing_time);
+    });
 }

@@ -5,6 +5,7 @@
 #include <functional>
 
 class QObject;
+class QProcess;
 
 /// Called when a command has ended, with its exit status (1 if it could not be started or was
 /// killed) and what it said: on standard error or, when its status is 0, on standard output.
@@ -16,3 +17,7 @@ using CommandEnd = std::function<void(int status, const QString& said)>;
 /// two seconds, killed; nothing is called.
 void run_in_background(QObject& owner, const QStringList& command, const QString& directory,
                        const QByteArray& line, const CommandEnd& ended);
+
+/// Ends a process when the owner, which its signals go to, is destroyed: it is asked to end and,
+/// after two seconds, killed. To be called for a child of the owner, which would be killed at once.
+void end_with_owner(QProcess& process, QObject& owner);
