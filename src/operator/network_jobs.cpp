@@ -104,10 +104,9 @@ void NetworkJobs::run(const QStringList& arguments, const QString& doing) {
     auto* progress =
         new QProgressDialog(doing, QStringLiteral("Annuler"), 0, 0, &window);  // owns the command
     progress->setObjectName(QStringLiteral("job_progress"));
-    progress->setWindowTitle(QStringLiteral("Quorvale"));
+    progress->setWindowTitle(doing);
     progress->setWindowModality(Qt::WindowModal);
-    progress->setMinimumDuration(500);
-    progress->setValue(0);
+    progress->show();  // at once: nothing else may be started in the window meanwhile
     // Ended in the middle, the program leaves nothing half done.
     connect(progress, &QProgressDialog::canceled, progress, &QObject::deleteLater);
     const QString program =
