@@ -96,7 +96,7 @@ QString loss_reason(const NetworkState& state) {
     if (!state.runs) {
         return QStringLiteral("Son serveur s'est arrêté, ou son terminal a été fermé.");
     }
-    if (state.address.isEmpty()) {
+    if (!is_reached_by_others(state.address)) {
         return QStringLiteral(
             "Cette machine n'a plus d'adresse sur le réseau local : vérifiez son câble ou son "
             "wifi.");
