@@ -38,7 +38,13 @@ QString quoted(const QString& name) {
 }  // namespace
 
 Desk::Desk()
-    : start_lock(QStringLiteral("start.lock")), look([this] { found = find_served(directories); }) {
+    : closing([this] {
+          for (const auto& close : closing_terminals) {
+              close();
+          }
+      }),
+      start_lock(QStringLiteral("start.lock")),
+      look([this] { found = find_served(directories); }) {
     start_lock.setStaleLockTime(0);  // only a dead program's lock is taken over
     marking.setInterval(2000);
     connect(&marking, &QTimer::timeout, &look, [this] { look.start(); });
@@ -167,6 +173,9 @@ void Desk::mark_running() {
 }
 
 void Desk::show_form() {
+    if (state != State::at_home) {
+        return;  // a network was chosen just before
+    }
     marking.stop();
     state = State::in_form;
     form = new CreationForm(*window);
@@ -207,11 +216,15 @@ bool Desk::may_close() {
 }
 
 void Desk::choose(int n) {
-    if (state != State::at_home || !may_replace_others(n)) {
-        return;  // or it was the second of two clicks
+    if (state != State::at_home) {
+        return;  // it was the second of two clicks
+    }
+    state = State::starting;  // also while the question stands, which lets the second click in
+    if (!may_replace_others(n)) {
+        state = State::at_home;
+        return;
     }
     chosen = networks[static_cast<std::size_t>(n)].get();
-    state = State::starting;
     marking.stop();
     show_loading();
     was_launched = find_server_processes(chosen->path).empty();
@@ -248,7 +261,8 @@ bool Desk::may_replace_others(int n) {
 void Desk::show_loading() {
     window->clean_screen();
     window->loading_mode();
-    QApplication::processEvents(QEventLoop::ExcludeUserInputEvents);  // paints it
+    const int painting_time = 100;  // milliseconds, in several rounds: its layout comes first
+    QApplication::processEvents(QEventLoop::ExcludeUserInputEvents, painting_time);
 }
 
 QString Desk::launch_chosen() {
@@ -287,10 +301,12 @@ void Desk::end_others() {
 }
 
 void Desk::close_old_terminals() {
-    for (const auto& close : old_terminals) {
-        close();
+    if (!old_terminals.empty()) {
+        closing.wait();
+        closing_terminals = std::move(old_terminals);
+        old_terminals.clear();
+        closing.start();
     }
-    old_terminals.clear();
 }
 
 void Desk::show_ready() {
@@ -299,7 +315,12 @@ void Desk::show_ready() {
     connect(screen, &ReadyScreen::stop_pressed, this, &Desk::stop_and_leave);
     connect(screen, &ReadyScreen::restart_pressed, this, &Desk::restart_chosen);
     connect(
-        screen, &ReadyScreen::list_pressed, this, [this] { show_home(latin1_text(chosen->name)); },
+        screen, &ReadyScreen::list_pressed, this,
+        [this] {
+            if (chosen != nullptr) {  // or it was the second of two clicks
+                show_home(latin1_text(chosen->name));
+            }
+        },
         Qt::QueuedConnection);
 }
 
@@ -390,9 +411,9 @@ void Desk::restart_chosen() {
         return;  // by the first of two clicks
     }
     state = State::starting;
+    delete watch;
     screen->show_starting();
     QApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
-    delete watch;
     was_launched = true;
     deadline.setRemainingTime(start_patience);
     look.wait();
@@ -418,7 +439,9 @@ void Desk::stop_and_leave() {
 
 void Desk::stop(const Network& network) {
     QApplication::setOverrideCursor(Qt::BusyCursor);
-    const bool stopped = stop_server(network.path);
+    old_terminals.push_back(terminal_closer(network.path));
+    const bool stopped = end_server(network.path);
+    close_old_terminals();
     QApplication::restoreOverrideCursor();
     if (!stopped) {
         say(network, QStringLiteral("Son serveur n'a pas pu être arrêté. Fermez son terminal."));

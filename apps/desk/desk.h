@@ -97,6 +97,8 @@ private:
     QDeadlineTimer deadline;                           ///< of the start
     QDeadlineTimer terminal_deadline;                  ///< until when its terminal may take to open
     std::vector<std::function<void()>> old_terminals;  ///< each closes one
+    std::vector<std::function<void()>> closing_terminals;  ///< by the thread that may take seconds
+    BackgroundLook closing;
     QLockFile start_lock;  ///< held during a start: one at a time among the operator's desks
 
     std::vector<std::string> directories;  ///< of the networks, for the look
