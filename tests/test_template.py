@@ -35,12 +35,35 @@ for words, password in json.load(sys.stdin):
 json.dump(done, sys.stdout)
 """
 
+# Asks for pages as machines of these addresses would, then for the network's state as each of them.
+VISITS = """
+import json, os, sys
+import django
+os.environ["DJANGO_SETTINGS_MODULE"] = "Atelier.settings"
+django.setup()
+from django.test import Client
+def ask(path, address):
+    return Client(HTTP_HOST="192.0.2.10").get(path, REMOTE_ADDR=address, **{
+        "quorvale.lan_addresses": ("192.0.2.10",)})
+for address in sys.argv[1:]:
+    ask("/ressources/Bienvenue.txt", address)
+    ask("/_infos/kl/", "192.0.2.99")
+states = [ask("/_infos/etat/", address) for address in sys.argv[1:]]
+json.dump([state.status_code if state.status_code != 200 else state.json()["visitors"]
+           for state in states], sys.stdout)
+"""
+
 
 class TemplateTest(ServedNetworkTest):
     def setUp(self):
         super().setUp()
         self.settings = self.project / "Atelier" / "settings.py"
         (self.project / "nom.txt").write_text("L'été, 5 € – Łódź؟\n" + "é" * 600, "utf-8")
+
+    def test_count_of_visitors(self):
+        senders = ["127.0.0.1", "192.0.2.10", "192.0.2.7", "192.0.2.8", "192.0.2.7"]
+        said = self.output("", "-c", VISITS, *senders)
+        self.assertEqual(json.loads(said), [2, 2, 404, 404, 404])
 
     def test_visitors(self):
         for name in (".cache.txt", "a.SVG", "Été 100% #1?.txt", "a\nb.txt", "\udce9.txt"):
