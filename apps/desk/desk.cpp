@@ -97,7 +97,8 @@ void Desk::show_home(const QString& focused_network) {
     state = State::at_home;
     read_networks();
     wire_home();
-    served = find_served(directories);
+    served.assign(networks.size(), false);  // until the look has ended
+    look.start();
     mark_running();
     for (int i = static_cast<int>(networks.size()) - 1; i >= 0; --i) {
         const std::string& name = networks[static_cast<std::size_t>(i)]->name;
