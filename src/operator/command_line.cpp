@@ -125,7 +125,7 @@ QString CommandLine::help() const {
 
 /// Returns what is wrong with the line that was parsed last, or an empty text.
 QString CommandLine::fault() const {
-    const QString error = parser.errorText();
+    QString error = parser.errorText();
     if (!error.isEmpty()) {
         return error;
     }
