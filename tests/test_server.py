@@ -211,6 +211,7 @@ class ServerTest(ServedNetworkTest):
         shutil.rmtree(self.project)
         self.assertIn(self.project, [directory for _, directory in processes.networks()])
         processes.end(self.project)
+        self.server.wait(60)  # its files are closed a little after its command line is gone
         with socket.socket() as client:
             self.assertNotEqual(client.connect_ex(("127.0.0.1", self.port)), 0)
 

@@ -88,7 +88,10 @@ class _Answer(basehttp.ServerHandler):
         self.request_handler = request_handler
 
     def cleanup_headers(self):
+        length = self.headers["Content-Length"]
         super().cleanup_headers()
+        if length is not None:  # Django 4.2 takes it out of the answer to HEAD
+            self.headers["Content-Length"] = length
         if self._body.left > PIECE or self._body.waits:
             self.headers["Connection"] = "close"
             self.request_handler.close_connection = True
