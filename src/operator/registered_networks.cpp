@@ -21,7 +21,7 @@ QString name_in_file(const QDir& project) {
         return {};
     }
     const int longest = 100;
-    const QString text = text_of_file(file.read(10 * longest)).trimmed();
+    const QString text = text_of_file(file.read(qint64{10} * longest)).trimmed();
     static const QRegularExpression line_end(QStringLiteral(R"([\n\r])"));
     return text.section(line_end, 0, 0).simplified().left(longest).trimmed();
 }
