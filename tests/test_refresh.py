@@ -35,6 +35,7 @@ class Refresh(unittest.TestCase):
             for name in names:
                 shutil.copy(SOURCE / name, self.root / folder)
         (self.root / "bin/quorvale-true").symlink_to("/bin/true")
+        (self.root / "bin/quorvale-env").symlink_to("/usr/bin/env")
         (self.root / "bin/quorvale-desk").write_text('#!/bin/sh\npwd; echo "$QUORVALE_NOTICE"\n')
         (self.root / "bin/quorvale-desk").chmod(0o755)
         self.write(self.root / "share/quorvale", OLD)
@@ -157,6 +158,13 @@ class Refresh(unittest.TestCase):
             self.skipTest("needs root")
         os.chown(self.work, 65534, 65534)
         self.assertIn("sans sudo", self.start(status=1))
+
+    def test_platform(self):
+        for settings, platform in ((["DISPLAY=:9"], "xcb"), (["-u", "DISPLAY"], "wayland"),
+                                   (["DISPLAY=:9", "QT_QPA_PLATFORM=minimal"], "minimal")):
+            with self.subTest(platform):
+                said = self.start("env", "-u", "QT_QPA_PLATFORM", *settings, program="env")
+                self.assertIn(f"\nQT_QPA_PLATFORM={platform}\n", said)
 
     def test_networks_are_adopted(self):
         for name in ("Moved", "Unlisted", ".hidden", "Taken", "No network"):
