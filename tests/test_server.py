@@ -168,11 +168,21 @@ class ServerTest(ServedNetworkTest):
         self.assertEqual(len(list(self.handed_in.glob("[!.]*"))), 5)
 
     def test_log_ins(self):
+        self.bound("LOGINS_AT_ONCE", 1)
         self.make_account()
         self.start_server()
         for _ in range(6):  # of which none is a try
             self.assertEqual(self.log_in("zoé", ""), (200, False))
-        status, headers, _ = Visitor.log_in(self, "zoé")
+        with socket.create_connection(("127.0.0.1", self.port), 60) as slow:
+            slow.sendall(b"POST /admin/login/ HTTP/1.1\r\nHost: a\r\nContent-Length: 9\r\n"
+                         b"Content-Type: application/x-www-form-urlencoded\r\n"
+                         b"Cookie: csrf_Atelier=%b\r\n\r\n"
+                         % self.cookies["csrf_Atelier"].encode())
+            time.sleep(0.1)  # the next is meant to come later, and passes if it does not
+            status, headers, _ = Visitor.log_in(self, "zoé")
+            slow.setblocking(False)
+            with self.assertRaises(BlockingIOError):  # the server has not given up on it
+                slow.recv(1)
         self.assertEqual(status, 302)
         session, = (cookie for cookie in headers.get_all("Set-Cookie")
                     if cookie.startswith("session"))

@@ -1,7 +1,6 @@
 """The log-in form."""
 
 import threading
-from contextlib import contextmanager
 
 from django.contrib.admin.forms import AdminAuthenticationForm
 from django.core.exceptions import ValidationError
@@ -10,18 +9,7 @@ from . import limits
 from .login_tries import LoginTries
 
 _tries = LoginTries()
-_checking = threading.Lock()
-# Addresses that share one by chance wait for each other.
-_lines = [threading.Lock() for _ in range(64)]
-
-
-@contextmanager
-def _turn(address):
-    """One password is checked at a time: that takes much processor time, and pages must be served
-    meanwhile. The log-ins of one address also wait for each other, so that a hundred of them
-    delay another address by one."""
-    with _lines[hash(address) % len(_lines)], _checking:
-        yield
+_checking = threading.BoundedSemaphore(limits.LOGINS_AT_ONCE)
 
 
 class LoginForm(AdminAuthenticationForm):
@@ -48,7 +36,7 @@ class LoginForm(AdminAuthenticationForm):
         # Counted before the password is looked at: tries may come at the same time.
         if _tries.add((address, account)) > limits.LOGIN_TRIES:
             raise ValidationError(self.error_messages["too_often"], code="too_often")
-        with _turn(address):
+        with _checking:
             cleaned = super().clean()
         _tries.forget((address, account))
         return cleaned

@@ -1,5 +1,7 @@
 """What may be sent to a network, and how often: every bound that an operator may want to change."""
 
+import os
+
 from django.conf import settings
 
 # Where the files are kept that visitors hand in: beside those that are offered, and seen by staff.
@@ -25,6 +27,9 @@ SPARE_BYTES = 500 * 2**20
 # Each process of a server counts for itself.
 LOGIN_TRIES = 5
 LOGIN_PAUSE = 60
+
+# Log-ins that are judged at the same time: each keeps a processor busy for a third of a second
+LOGINS_AT_ONCE = os.cpu_count() or 1
 
 # For how many seconds after its last change an offered file is not given: a file manager may still
 # be copying it

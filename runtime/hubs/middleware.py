@@ -1,11 +1,13 @@
 """What is done to every request and every answer of a network."""
 
 import math
+import threading
 
 from django.conf import settings
 from django.http import StreamingHttpResponse
+from django.urls import reverse
 
-from . import refusals
+from . import limits, refusals
 from .bodies import drain
 
 
@@ -19,6 +21,31 @@ def visitors_own_address(get_response):
             if reached:
                 request.META.update(SERVER_NAME=reached.strip("[]"), SERVER_PORT=port)
         return get_response(request)
+    return middleware
+
+
+def _announced_size(request):
+    """The size of the body in bytes; infinite if the header is not a number."""
+    size = request.META.get("CONTENT_LENGTH") or "0"
+    return int(size) if size.isdecimal() and len(size) < 20 else math.inf
+
+
+def log_ins_in_line(get_response):
+    """The log-ins of one address wait for each other before anything is done for them, so that a
+    hundred of them delay another address by one at most."""
+    # Addresses that share a line by chance wait for each other.
+    lines = [threading.BoundedSemaphore(limits.LOGINS_AT_ONCE) for _ in range(64)]
+
+    def middleware(request):
+        if (request.method != "POST" or request.path != reverse("admin:login")
+                or _announced_size(request) > settings.BODY_LIMIT):
+            return get_response(request)
+        try:
+            request.body  # it may come slowly: nobody waits for that
+        except OSError:
+            pass  # the form is incomplete, and is told so
+        with lines[hash(request.META["REMOTE_ADDR"]) % len(lines)]:
+            return get_response(request)
     return middleware
 
 
@@ -43,12 +70,6 @@ def headers_alone(get_response):
                 response.content = b""
         return response
     return middleware
-
-
-def _announced_size(request):
-    """The size of the body in bytes; infinite if the header is not a number."""
-    size = request.META.get("CONTENT_LENGTH") or "0"
-    return int(size) if size.isdecimal() and len(size) < 20 else math.inf
 
 
 def _page_and_rest(request, page):
