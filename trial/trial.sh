@@ -42,6 +42,13 @@ set -E
 trap 'unexpected="$BASH_COMMAND, at $(lines)"' ERR
 trap '[ $? = 0 ] || show_what_stands >&2' EXIT
 
+# One process reads the screen for the whole trial: a new one takes longer to start than to read.
+[ -z "${DISPLAY-}" ] || {
+    coproc reader { exec setpriv --pdeathsig TERM "$here/screen_content" --each; }
+    # Also for subshells, which do not get those of the reader.
+    exec {questions}>&"${reader[1]}" {answers}<&"${reader[0]}"
+}
+
 # Waits until a command succeeds: a generous minute and a half, then gives up. $1 says for what.
 wait_for() {
     local what=$1 deadline=$((SECONDS + 90))
@@ -52,11 +59,22 @@ wait_for() {
     done
 }
 
+# Leaves in $content what the window shows, a line a widget; fails when it shows nothing: TITLE.
+read_screen() {
+    printf '%s\n' "$1" >&"$questions"
+    IFS= read -r -d '' -u "$answers" content
+    [ -n "$content" ]
+}
+
 # Whether the window of exactly that title shows its widgets, which are left in $content. A program
 # that is busy is not asked for them before its window is there.
 shown() {
-    xdotool search --onlyvisible --name "^$1\$" && content=$("$here/screen_content" "$1") &&
-        [ -n "$content" ]
+    xdotool search --onlyvisible --name "^$1\$" && read_screen "$1"
+}
+
+# Whether a window shows that text: TITLE TEXT.
+says() {
+    read_screen "$1" && [[ $content = *"$2"* ]]
 }
 
 # Brings a window to the front: TITLE. Its number is then in $window. A message of the same program,
@@ -68,6 +86,8 @@ brought() {
     in_front "$window"
 }
 
+no_window() { ! xdotool search --onlyvisible --name "^$1\$"; }
+
 in_front() {
     [ "$(xdotool getactivewindow getwindowpid)" = "$(xdotool getwindowpid "$1")" ]
 }
@@ -78,6 +98,12 @@ to_front() {
     wait_for "the window « $1 »" shown "$1"
     wait_for "« $1 » in front" brought "$1"
     echo "$window"
+}
+
+# Waits until a window shows a text, and brings it to the front: TITLE TEXT.
+shows() {
+    to_front "$1" >/dev/null
+    [[ $content = *"$2"* ]] || wait_for "« $2 »" says "$1" "$2"
 }
 
 # Saves the picture of a window, once it had the time to draw itself: TITLE FILE.
@@ -98,15 +124,16 @@ close_window() {
 click() {
     local x y
     to_front "$1" >/dev/null
-    read -r x y < <("$here/screen_content" "$1" | awk -F '\t' -v number="$2" \
-        '$1 ~ /button/ && ++seen == number {print $2, $3}')
+    read_screen "$1"
+    read -r x y < <(awk -F '\t' -v number="$2" \
+        '$1 ~ /button/ && ++seen == number {print $2, $3}' <<<"$content")
     xdotool mousemove "$x" "$y" click 1
 }
 
 # Prints the place of what is shown under that name, or a name that begins so: TITLE NAME.
 place_of() {
-    "$here/screen_content" "$1" | awk -F '\t' -v name="$2" \
-        'index($4, name) == 1 {print $2, $3; found = 1; exit} END {exit !found}'
+    read_screen "$1" && awk -F '\t' -v name="$2" \
+        'index($4, name) == 1 {print $2, $3; found = 1; exit} END {exit !found}' <<<"$content"
 }
 
 found() { place=$(place_of "$1" "$2"); }
