@@ -51,7 +51,7 @@ bool CreationForm::may_leave() {
     const bool typed = std::any_of(fields.begin(), fields.end(),
                                    [](const QLineEdit* field) { return !field->text().isEmpty(); });
     return is_busy() || !typed ||
-           confirmed(&window, QStringLiteral("Quitter ce formulaire ?"),
+           confirmed(&window, QStringLiteral("Quitter ce formulaire ?"),
                      QStringLiteral("Ce que vous y avez écrit sera perdu."));
 }
 

@@ -32,7 +32,7 @@ const int terminal_patience = 9'000;
 const int answer_patience = 8'000;  // of a network that was in service already
 
 QString quoted(const QString& name) {
-    return QStringLiteral("« %1 »").arg(name);
+    return QStringLiteral("« %1 »").arg(name);
 }
 
 }  // namespace
@@ -117,7 +117,7 @@ void Desk::wire_home() {
     list = new NetworkList(*window);
     if (networks.empty()) {
         auto* hint = new QLabel(QStringLiteral(
-            "Aucun réseau pour l'instant : créez le premier en cliquant ci-dessus."));
+            "Aucun réseau pour l'instant : créez le premier en cliquant ci-dessus."));
         hint->setWordWrap(true);
         list->add_below(hint);
     }
@@ -249,7 +249,7 @@ bool Desk::may_replace_others(int n) {
         const QString name = quoted(registered[i].name);
         if (served[i] && static_cast<int>(i) != n &&
             !confirmed(window.get(),
-                       QStringLiteral("Arrêter %1 pour démarrer %2 ?")
+                       QStringLiteral("Arrêter %1 pour démarrer %2 ?")
                            .arg(name, quoted(registered[static_cast<std::size_t>(n)].name)),
                        QStringLiteral("Les téléchargements en cours sur %1 seront interrompus.")
                            .arg(name))) {
@@ -461,7 +461,7 @@ QString Desk::name_of(const Network& network) const {
 void Desk::say(const Network& network, const QString& text) {
     QMessageBox message(
         QMessageBox::Warning, QStringLiteral("Quorvale"),
-        QStringLiteral("Le réseau « %1 » : ").arg(name_of(network)) + QStringLiteral("\n\n") + text,
+        QStringLiteral("Le réseau « %1 » : ").arg(name_of(network)) + QStringLiteral("\n\n") + text,
         QMessageBox::Ok, window.get());
     message.setTextFormat(Qt::PlainText);  // whatever the network's name holds
     message.exec();

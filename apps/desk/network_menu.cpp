@@ -36,7 +36,7 @@ void NetworkMenu::add_job(const QString& text, NetworkJobs& jobs, Job job) {
 }
 
 void NetworkMenu::add_size() {
-    QAction* size = addAction(QStringLiteral("Taille sur le disque : …"));
+    QAction* size = addAction(QStringLiteral("Taille sur le disque : …"));
     size->setEnabled(false);
     auto* program = new QProcess(this);
     connect(
@@ -46,7 +46,7 @@ void NetworkMenu::add_size() {
             for (const QByteArray& line : program->readAllStandardOutput().split('\n')) {
                 const QList<QByteArray> fields = line.split('\t');
                 if (fields.size() >= 3 && fields[1] == own) {
-                    size->setText(QStringLiteral("Taille sur le disque : %1")
+                    size->setText(QStringLiteral("Taille sur le disque : %1")
                                       .arg(QLocale().formattedDataSize(fields[2].toLongLong(), 1)));
                 }
             }

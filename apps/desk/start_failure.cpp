@@ -98,7 +98,7 @@ QString loss_reason(const NetworkState& state) {
     }
     if (!is_reached_by_others(state.address)) {
         return QStringLiteral(
-            "Cette machine n'a plus d'adresse sur le réseau local : vérifiez son câble ou son "
+            "Cette machine n'a plus d'adresse sur le réseau local : vérifiez son câble ou son "
             "wifi.");
     }
     return QStringLiteral("Son serveur ne répond pas à l'adresse http://%1:8000.")

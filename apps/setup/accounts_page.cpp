@@ -43,7 +43,7 @@ void AccountsPage::show_network(const RegisteredNetwork& shown) {
     add_button->setEnabled(usable);
     if (network.directory.empty()) {
         list->show_text(QStringLiteral(
-            "Il n'y a pas encore de réseau. Créez-en un d'abord : lancez Quorvale et cliquez sur "
+            "Il n'y a pas encore de réseau. Créez-en un d'abord : lancez Quorvale et cliquez sur "
             "« + Creer un Nouveau Reseau »."));
         return;
     }
