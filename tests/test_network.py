@@ -121,6 +121,8 @@ class Network(unittest.TestCase):
                 ("déjà «", "-L'œil | & là", "-L'œil | & là"), ("un autre", "Ete", "Forge"),
                 ("donnez", "Ete", " "), ("aucun réseau", "A", "B"), ("plus", "Forge", "A")):
             self.refused(reason, "rename", "--", *names)
+        (self.work / ".networks.data.partiel").mkdir()  # the registry cannot be written
+        self.refused("répertoire", "rename", "--", "Ete", "Neuf")
 
     def test_copy_and_restore(self):
         """While it is served, with accounts half changed; into another home."""
@@ -134,6 +136,13 @@ class Network(unittest.TestCase):
         (ressources / "Bienvenue.txt").unlink()
         (ressources / "passwd").symlink_to("/etc/passwd")
         os.utime(ressources / "Suites/é.txt", (1_000_000_000, 1_000_000_000))
+        settings = self.package / "settings.py"
+        settings.rename(self.root / "mine.py").write_text("mine")
+        settings.symlink_to(self.root / "mine.py")
+        (ressources / ("d/" * 40)).mkdir(parents=True)
+        (ressources / ("d/" * 40) / "a").touch()
+        self.refused("les uns dans les autres", "copy", "Été", str(self.copy))
+        shutil.rmtree(ressources / "d")
         self.serve()
         self.interrupt_change_of_accounts()
         self.done("copy", "Été", str(self.copy))
@@ -238,11 +247,14 @@ class Network(unittest.TestCase):
     def test_remove(self):
         self.serve()
         self.refused("arrêtez-le", "remove", "Été")
-        (self.root / "gio").symlink_to("/bin/false")
-        before = self.registry()
-        for path in (f"{self.root}:/usr/bin:/bin", "/none"):
+        gio, before = self.root / "gio", self.registry()
+        gio.touch(0o755)
+        for does, path, reason in (
+                ("kill $PPID; exec sleep 60", f"{self.root}:/usr/bin:/bin", "abandonné"),
+                ("exit 1", f"{self.root}:/usr/bin:/bin", "corbeille"), ("", "/none", "corbeille")):
+            gio.write_text(f"#!/bin/sh\n{does}\n")
             status, out, err = self.run_it("remove", "Forge", PATH=path)
-            self.assertEqual((status, out, "corbeille" in err), (1, "", True))
+            self.assertEqual((status, out, reason in err), (1, "", True))
             self.assertEqual(self.registry().strip(), before)
         self.done("remove", "Forge", XDG_DATA_HOME=str(self.root / "data"))
         self.assertTrue((self.root / "data/Trash/files/Forge/db.sqlite3").exists())

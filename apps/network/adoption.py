@@ -1,8 +1,8 @@
 """Puts the registry right where it no longer fits what stands in the working directory.
 
 A working directory that was moved, or copied to another machine, lists paths that are gone; a
-program that was killed may have left a whole network that is not listed, or a name that was changed
-in nom.txt alone.
+program that was killed may have left a whole network that is not listed, or a name that changed in
+one of the two places where it stands.
 """
 
 import os

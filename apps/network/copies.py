@@ -33,7 +33,7 @@ _VISITORS_FOLDERS = ("ressources", "depots")
 _PAGES = ("templates", "static")
 _PROGRAMS = ("settings.py", "urls.py", "hubs")
 _MAX_FILES = 100_000
-_MAX_DEPTH = 10
+_MAX_DEPTH = 32
 _MEMORY_BYTES = 512 * 2**20
 # What stays free on the disk
 _SPARE_BYTES = 100 * 2**20
@@ -50,6 +50,8 @@ class Refused(Exception):
 
 def cause(error):
     """What an OSError means, in French."""
+    if isinstance(error, registry.NotAFile):
+        return str(error)
     causes = {
         errno.ENOSPC: "il n'y a plus assez de place sur le disque",
         errno.EDQUOT: "il n'y a plus assez de place sur le disque",
@@ -60,7 +62,7 @@ def cause(error):
         errno.ENAMETOOLONG: "le nom est trop long",
         errno.EACCES: "vous n'en avez pas le droit",
         errno.EPERM: "vous n'en avez pas le droit",
-        errno.EINVAL: "networks.data n'est pas un fichier",
+        errno.EINVAL: "ce disque ne prend pas un fichier de ce nom",
         errno.EROFS: "rien ne peut être écrit sur ce disque",
     }
     return causes.get(error.errno, f"erreur {error.errno} du système")
@@ -117,11 +119,18 @@ def _changed_files(project, package):
 
 
 def _add(archive, name, source):
-    """Put a file into the archive; one that has gone meanwhile is left out."""
+    """Put a file into the archive; a link, or one that has gone meanwhile, is left out. Raises
+    Refused for what would not be restored."""
+    if not _is_fit(zipfile.ZipInfo(name)):
+        raise Refused(f"« {name} » est dans trop de dossiers, les uns dans les autres")
+    if len(archive.infolist()) == _MAX_FILES:
+        raise Refused("il a trop de fichiers pour une copie")
     try:
         descriptor = os.open(source, os.O_RDONLY | os.O_NOFOLLOW | os.O_NONBLOCK)
-    except FileNotFoundError:
-        return
+    except OSError as error:
+        if error.errno in (errno.ENOENT, errno.ELOOP):
+            return
+        raise
     with open(descriptor, "rb") as file:
         changed = time.localtime(max(os.fstat(descriptor).st_mtime, 315_619_200))  # no less: 1980
         with archive.open(zipfile.ZipInfo(name, changed[:6]), "w", force_zip64=True) as member:

@@ -6,7 +6,6 @@ are. Programs of this directory that change the registry take turns by the lock 
 programs know, too.
 """
 
-import errno
 import fcntl
 import os
 import shutil
@@ -32,6 +31,10 @@ _LOCK = ".networks.lock"
 Network = namedtuple("Network", "number name recorded directory")
 
 
+class NotAFile(OSError):
+    """Something else stands where the registry should be. Says so in French."""
+
+
 @contextmanager
 def locked():
     """Keeps other programs from changing the registry meanwhile."""
@@ -53,7 +56,7 @@ def read():
     try:
         with open(_REGISTRY, "rb", opener=open_without_waiting) as file:
             if not stat.S_ISREG(os.fstat(file.fileno()).st_mode):
-                raise OSError(errno.EINVAL, os.strerror(errno.EINVAL))
+                raise NotAFile(f"{_REGISTRY} n'est pas un fichier")
             content = file.read()
     except FileNotFoundError:
         content = b""
