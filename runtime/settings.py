@@ -54,8 +54,9 @@ def database(url):
 
 def machine_time_zone():
     """The name of this machine's time zone; that of France if it does not tell."""
-    zone = os.path.realpath("/etc/localtime").partition("/zoneinfo/")[2]
-    return zone or "Europe/Paris"
+    file = os.path.realpath("/etc/localtime")
+    zone = file.partition("/zoneinfo/")[2]
+    return zone if zone and os.path.isfile(file) else "Europe/Paris"
 
 
 SECRET_KEY = secret_key(BASE_DIR / "secret_key")
@@ -142,8 +143,8 @@ LOGOUT_REDIRECT_URL = "index"
 SESSION_EXPIRE_AT_BROWSER_CLOSE = True
 SESSION_COOKIE_AGE = 8 * 60 * 60
 
-# What staff may offer at once: the photographs of a camera, for instance
-DATA_UPLOAD_MAX_NUMBER_FILES = 1000
+# More than anybody may send at once (see hubs/limits.py): of so many, none is taken
+DATA_UPLOAD_MAX_NUMBER_FILES = 2000
 FILE_UPLOAD_HANDLERS = [f"{PACKAGE}.hubs.uploads.NamelessFileHandler"]
 
 STATIC_URL = "/static/"

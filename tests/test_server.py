@@ -76,21 +76,22 @@ class ServerTest(ServedNetworkTest):
 
     def test_files_that_change_while_they_are_sent(self):
         """The bytes that were announced come, and then the next answer; or the connection ends."""
-        path = self.offered / "journal.txt"
-        head = b"GET /%b HTTP/1.1\r\nHost: a\r\n\r\n"
+        path = self.offer("Cours/journal.txt")
+        head = "GET /%s HTTP/1.1\r\nHost: a\r\n\r\n"
+        file, archive = "ressources/Cours/journal.txt", "archives/Cours.zip"
         self.start_server()
-        for change, whole in [(2, True), (0.5, False)]:
+        for asked, change, whole in [(file, 2, True), (file, 0.5, False),
+                                     (archive, 2, False), (archive, 0.5, False)]:
             path.write_bytes(bytes(32 << 20))
             os.utime(path, (10**9, 10**9))
             with socket.create_connection(("127.0.0.1", self.port), 60) as client:
-                client.sendall(head % b"ressources/journal.txt")
+                client.sendall((head % asked + head % "_infos/kl/").encode())
                 with client.makefile("rb") as stream:
                     while (line := stream.readline()) != b"\r\n":
                         if line.startswith(b"Content-Length"):
                             size = int(line.split()[1])
                     os.truncate(path, int(size * change))
                     self.assertEqual(len(stream.read(size)) == size, whole)
-                    client.sendall(head % b"_infos/kl/")
                     self.assertEqual(stream.readline()[9:12] == b"200", whole)
 
     def test_slow_visitors(self):
@@ -143,7 +144,7 @@ class ServerTest(ServedNetworkTest):
         with open(self.project / "log", "wb") as log:
             self.start_server(stdout=log)
         self.ask("/remettre/")
-        pages = [self.hand_in("a.txt", "127.0.0.1") for _ in range(4)]
+        pages = [self.hand_in("a\u2028b.txt", "127.0.0.1") for _ in range(4)]
         self.assertEqual(["autant qu&#x27;elle" in page for page in pages], [False] * 3 + [True])
         self.hand_in("b.txt", "127.0.0.2")
         self.assertEqual((self.handed_in / "b.txt").read_text(), "contenu")

@@ -6,6 +6,7 @@ import io
 import json
 import os
 import re
+import resource
 import socket
 import sqlite3
 import subprocess
@@ -183,7 +184,7 @@ class TemplateTest(ServedNetworkTest):
             self.offer(path)
         work = self.offered / "Cours/Été/L’œuvre.txt"
         self.bound("COPYING_SECONDS", 60)
-        self.offer("Cours/arrive.txt", seconds_ago=0)
+        self.offer("Cours/arrive#1.txt", seconds_ago=0)
         (self.offered / "Cours" / "lien").symlink_to(outside)
         (self.offered / "Cours" / "lien.txt").symlink_to("B.txt")
         os.mkfifo(self.offered / "Cours" / "tube")
@@ -198,7 +199,7 @@ class TemplateTest(ServedNetworkTest):
             "/ressources/Cours/a%5C..%5Cx.txt", "/ressources/Cours/B.txt"])
         self.assertEqual((page.count("en cours de copie"), "4 éléments" in page), (1, False))
         for path, expected in [
-                ("Cours/arrive.txt", 503), ("Cours", 302), ("Cours/B.txt", 200),
+                ("Cours/arrive%231.txt", 503), ("Cours", 302), ("Cours/B.txt", 200),
                 (quote("Cours/Été/L’œuvre.txt"), 200), ("Cours%2FB.txt", 200),
                 ("Cours/lien/x.txt", 404), ("Cours/lien/", 404), ("Cours/lien.txt", 404),
                 ("Cours/tube", 404), ("Cours/B.txt/", 404), ("Cours//B.txt", 404),
@@ -206,6 +207,8 @@ class TemplateTest(ServedNetworkTest):
                 ("Cours/a%0Ab/x.txt", 404), (quote("Cours/.caché.txt"), 404),
                 (quote(".caché/x.txt"), 404), (quote(".caché/"), 404), ("Absent/", 404)]:
             self.assertEqual(self.ask("/ressources/" + path)[0], expected, path)
+        again = self.ask("/ressources/Cours/arrive%231.txt")[2]
+        self.assertIn(b'<a href="/ressources/Cours/arrive%231.txt">Recommencer', again)
         for path in ("Cours/arrive", "Absent", "Cours/lien", ".caché", "Bienvenue.txt", ".."):
             self.assertEqual(self.ask(f"/archives/{quote(path)}.zip")[0], 404, path)
         self.assertEqual(self.unzipped("/archives/Cours.zip"), {
@@ -230,6 +233,7 @@ class TemplateTest(ServedNetworkTest):
                               stdout=subprocess.PIPE, text=True, check=True).stdout
 
     def test_uploads(self):
+        self.bound("OFFERED_AT_ONCE", 2)
         run_in(self.project, "python3", "manage.py", "check", "--deploy", "--fail-level", "WARNING")
         run_in(self.project, "python3", "manage.py", "migrate", "--verbosity", "0")
         compte = ("manage.py", "compte")
@@ -263,6 +267,7 @@ class TemplateTest(ServedNetworkTest):
         for name, content in [("Été 1.txt", "premier" * 20_000), ("Été 1.txt", "second"),
                               ("...", "rien"), ("../../.caché.txt", "c"), ("lien.txt", "lien")]:
             self.assertEqual(self.send(name, content)[1]["Location"], "/", name)
+        self.send("...", "", more=[("lien.txt", ""), ("de trop.txt", "")])
         self.assertEqual(sorted(os.listdir(self.offered)),
                          ["Bienvenue.txt", "caché.txt", "lien.txt", "Été 1.txt"])
         self.assertTrue((self.offered / "lien.txt").is_symlink())
@@ -332,8 +337,11 @@ class TemplateTest(ServedNetworkTest):
         server.write_text(re.sub("STILL_SECONDS = .*", "STILL_SECONDS = 1", server.read_text()))
         self.handed_in.mkdir(0o700)
         (self.handed_in / ".ouverte").touch()
-        self.start_server()
+        self.start_server(preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_FSIZE,
+                                                                (1 << 20, 1 << 20)))
         self.ask("/remettre/")
+        self.send("a.txt", "a" * (2 << 20), "/remettre/", "fichier")
+        self.assertIn("La suite n&#x27;a pas été prise", self.ask("/remettre/")[2].decode())
         for kind, body in [
                 ("multipart/form-data; boundary=B", b'--B\r\nContent-Disposition: form-data; '
                  b'name="fichier"; filename="a.txt"\r\n\r\na\r\n--B\r\nContent-Disposition: fo'),

@@ -1,5 +1,6 @@
 """Many files as one zip, made while it is sent: it is never on the disk, nor whole in memory."""
 
+import os
 import re
 from urllib.parse import quote
 
@@ -51,6 +52,8 @@ def answer(name, files):
     """
     archive, taken = ZipStream(sized=True), set()
     for path, name_inside in files:
+        if not os.access(path, os.R_OK):
+            continue
         try:
             archive.add_path(path, _distinct(name_inside, taken), recurse=False)
         except (OSError, ValueError):

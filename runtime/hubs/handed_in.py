@@ -68,8 +68,8 @@ def _sizes():
 
 def _addresses(sizes):
     """The addresses that the files came from, by their names, as far as they are known."""
-    try:
-        lines = _ADDRESSES.read_text("utf-8").splitlines()
+    try:  # names may hold what splitlines() takes for the end of a line
+        lines = _ADDRESSES.read_text("utf-8").split("\n")
     except (OSError, UnicodeDecodeError):
         return {}
     pairs = (line.partition(" ") for line in lines)

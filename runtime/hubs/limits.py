@@ -7,6 +7,9 @@ from django.conf import settings
 # Where the files are kept that visitors hand in: beside those that are offered, and seen by staff.
 HANDED_IN_DIR = settings.RESOURCES_DIR.parent / "depots"
 
+# How many files staff may offer at once: the photographs of a camera, for instance
+OFFERED_AT_ONCE = 1000
+
 # What a visitor may hand in at once, in bytes and in files, and the number and size of all of it
 HANDED_IN_FILE_BYTES = 100 * 2**20
 HANDED_IN_AT_ONCE = 20

@@ -20,6 +20,10 @@ from . import limits
 _UNFIT_CHARACTERS = re.compile(
     r"[\x00-\x1f\x7f-\x9f\u202a-\u202e\u2066-\u2069\ud800-\udfff/]")
 
+# For how many seconds a folder's listing is kept: a file that is written anew in its place does not
+# change the folder
+_KEPT_SECONDS = 10
+
 # What a file system without hard links answers
 _NO_LINKS = (errno.EPERM, errno.EOPNOTSUPP, errno.ENOSYS, errno.EMLINK)
 
@@ -153,7 +157,8 @@ class Folder:
     def __init__(self, path, rights):
         self._path = path
         self._rights = rights
-        # Of each folder, when it last changed and what was in it: large ones take long to read.
+        # Of each folder, when it last changed, what was in it, and until when that is kept: large
+        # ones take long to read.
         self._kept = {}
 
     @contextmanager
@@ -185,8 +190,8 @@ class Folder:
         try:
             with self._opened(path) as descriptor:
                 changed = os.fstat(descriptor).st_mtime_ns
-                kept_changed, kept = self._kept.get(path, (None, None))
-                if kept_changed == changed:
+                kept_changed, kept, end = self._kept.get(path, (None, None, 0))
+                if kept_changed == changed and time.monotonic() < end:
                     return kept
                 found = _read(descriptor, path)
         except FileNotFoundError:
@@ -195,7 +200,7 @@ class Folder:
             return Listing([], 0)
         # A folder that has just changed may change again within the same tick of its clock.
         if time.time_ns() - changed > 3_000_000_000:
-            self._kept[path] = (changed, found)
+            self._kept[path] = (changed, found, time.monotonic() + _KEPT_SECONDS)
         return found
 
     def walk(self, path=""):

@@ -82,6 +82,8 @@ class _Bounded:
 
 
 class _Answer(basehttp.ServerHandler):
+    is_whole = False  # once it is: all that was announced has been sent
+
     def __init__(self, body, request_handler, *arguments):
         super().__init__(body, *arguments)
         self.stdin = self._body = body
@@ -104,21 +106,15 @@ class _Answer(basehttp.ServerHandler):
         self.bytes_sent = self.result.filelike.send(self.request_handler.connection)
         return True
 
-    def _is_whole(self):
-        announced = self.headers.get("Content-Length") if self.headers else None
-        return (announced in (None, str(self.bytes_sent))
-                or self.environ["REQUEST_METHOD"] == "HEAD")
-
     def close(self):
-        if not self._is_whole():  # the next answer would be taken for the rest of this one
-            self.request_handler.close_connection = True
+        announced = self.headers.get("Content-Length") if self.headers else None
+        self.is_whole = (announced in (None, str(self.bytes_sent))
+                         or self.environ["REQUEST_METHOD"] == "HEAD")
         self.request_handler.skip(self._body)
         super(basehttp.ServerHandler, self).close()  # Django's would read the rest at once
 
     def handle_error(self):
-        if isinstance(sys.exc_info()[1], (ConnectionError, TimeoutError)):
-            self.request_handler.close_connection = True
-        else:
+        if not isinstance(sys.exc_info()[1], (ConnectionError, TimeoutError)):
             super().handle_error()
 
 
@@ -181,9 +177,11 @@ class _RequestHandler(basehttp.WSGIRequestHandler):
         self.connection.settimeout(STILL_SECONDS)
         body = _Bounded(self.rfile, int(self.headers.get("Content-Length", "0")),
                         self._told_to_send)
-        _Answer(body, self, self.wfile, self.get_stderr(), self.get_environ()).run(
-            self.server.get_app())
-        if body.left:  # which must not be taken for the next request
+        answer = _Answer(body, self, self.wfile, self.get_stderr(), self.get_environ())
+        answer.run(self.server.get_app())
+        # What is left must not be taken for the next request, nor the next answer for the
+        # rest of this one.
+        if body.left or not answer.is_whole:
             self.close_connection = True
 
     def skip(self, body):

@@ -3,12 +3,13 @@
 import os
 import shutil
 import tempfile
+from contextlib import contextmanager, suppress
 
 from django.conf import settings
 from django.core.files.uploadedfile import UploadedFile
 from django.core.files.uploadhandler import FileUploadHandler, StopUpload
 
-from . import limits
+from . import limits, resources
 from .unfinished import NoRoom
 
 
@@ -32,7 +33,8 @@ class NamelessFileHandler(FileUploadHandler):
     Nothing of it is held in memory, or left behind by a server that is ended. Reading stops after
     the files that the request may bring, its most_files, and then the request has too_many_files
     set; when the disk's last SPARE_BYTES would be touched, and then it has disk_is_full set; when
-    the request's hand_in, if any, finds no room, and then it has no_room set, which says why.
+    the request's hand_in, if any, finds no room or a file cannot be written, and then it has no_room
+    set, which says why.
 
     A request whose body breaks off has form_is_cut set.
     """
@@ -52,14 +54,28 @@ class NamelessFileHandler(FileUploadHandler):
             self.request.too_many_files = True
             raise StopUpload(connection_reset=True)
         self._take_room(lambda hand_in: hand_in.begin())
-        self.file = UploadedFile(_nameless_file(), self.file_name, self.content_type)
+        with self._writing():
+            self.file = UploadedFile(_nameless_file(), self.file_name, self.content_type)
 
     def receive_data_chunk(self, raw_data, start):
         if not spare_bytes():
             self.request.disk_is_full = True
             raise StopUpload(connection_reset=True)
         self._take_room(lambda hand_in: hand_in.add(len(raw_data)))
-        self.file.write(raw_data)
+        with self._writing():
+            self.file.write(raw_data)
+
+    @contextmanager
+    def _writing(self):
+        try:
+            yield
+        except OSError as error:
+            self.request.no_room = resources.cause(error)
+            if hasattr(self, "file"):
+                with suppress(OSError):
+                    self.file.close()
+                del self.file
+            raise StopUpload(connection_reset=True) from error
 
     def _take_room(self, take):
         hand_in = getattr(self.request, "hand_in", None)

@@ -34,6 +34,7 @@ def index(request):
         **lists.context(request),
         "network_name": network_name(),
         "spare_bytes": uploads.spare_bytes,
+        "most_files": limits.OFFERED_AT_ONCE,
         "hand_in_is_open": handed_in.is_open(),
         "handed_in": handed_in.FOLDER.names,
     })
