@@ -82,6 +82,10 @@ void AccountForm::complete_section() {
         section->addWidget(label);
     }
     explanation->setMinimumHeight(3 * explanation->fontMetrics().lineSpacing());
+    result->setMinimumHeight(2 * result->fontMetrics().lineSpacing());
+    QSizePolicy kept = result->sizePolicy();
+    kept.setRetainSizeWhenHidden(true);  // the window does not grow with it
+    result->setSizePolicy(kept);
     result->hide();
 }
 
@@ -176,7 +180,7 @@ void AccountForm::show_failure(const QString& reason) {
 }
 
 void AccountForm::show_result(const QString& text, const char* colour) {
-    result->setStyleSheet(QStringLiteral("color:%1;font-size:12px;").arg(QLatin1String(colour)));
+    result->setStyleSheet(QStringLiteral("color:%1;").arg(QLatin1String(colour)));
     result->setText(text);
     result->show();
 }

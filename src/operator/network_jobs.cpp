@@ -52,7 +52,8 @@ void NetworkJobs::rename(const RegisteredNetwork& network) {
     QInputDialog dialog(&window);
     dialog.setObjectName(QStringLiteral("rename_dialog"));
     dialog.setWindowTitle(QStringLiteral("Renommer le réseau"));
-    dialog.setLabelText(QStringLiteral("Nouveau nom de %1 :").arg(quoted(network)));
+    dialog.setLabelText(QStringLiteral("Nouveau nom de %1 :")
+                            .arg(quoted(network).replace(QLatin1Char('&'), QStringLiteral("&&"))));
     dialog.setTextValue(network.name);
     dialog.setOkButtonText(QStringLiteral("Renommer"));
     dialog.setCancelButtonText(QStringLiteral("Annuler"));
