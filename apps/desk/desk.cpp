@@ -59,22 +59,32 @@ Desk::Desk()
 
 Desk::~Desk() = default;
 
-void Desk::new_window() {
-    auto next = std::make_unique<NetworkSelectionWindow>(nullptr);
-    ApplicationSetup::dress_window(*next);
-    next->installEventFilter(this);
-    if (window) {
-        next->move(window->pos());
+void Desk::open_window() {
+    window = std::make_unique<NetworkSelectionWindow>(nullptr);
+    ApplicationSetup::dress_window(*window);
+    window->installEventFilter(this);
+    ApplicationSetup::show_first_window(*window);
+}
+
+void Desk::renew_window() {
+    NetworkSelectionWindow fresh(nullptr);
+    auto* old = new QWidget;
+    old->setLayout(window->layout());
+    const QObjectList others = window->children();
+    for (QObject* other : others) {
+        if (auto* widget = qobject_cast<QWidget*>(other)) {
+            widget->setParent(old);
+        } else {
+            other->setParent(old);
+        }
     }
-    // Before the last one goes: the program ends with its last window.
-    ApplicationSetup::show_first_window(*next);
-    if (window) {
-        window->removeEventFilter(this);
-        window->hide();
-        window->setEnabled(false);        // for a second click that is on its way
-        window.release()->deleteLater();  // one of its widgets may be sending a signal
-    }
-    window = std::move(next);
+    old->setEnabled(false);  // for a second click that is on its way
+    old->deleteLater();      // one of its widgets may be sending a signal
+    window->setLayout(fresh.layout());
+    fresh.findChild<QSignalMapper*>(QStringLiteral("network_mapper"))->setParent(window.get());
+    window->setStyleSheet(fresh.styleSheet());
+    window->setPalette(fresh.palette());
+    window->setWindowTitle(fresh.windowTitle());
 }
 
 void Desk::read_networks() {
@@ -93,7 +103,11 @@ void Desk::read_networks() {
 
 void Desk::show_home(const QString& focused_network) {
     leave_chosen();
-    new_window();
+    if (window) {
+        renew_window();
+    } else {
+        open_window();
+    }
     state = State::at_home;
     read_networks();
     wire_home();
@@ -114,6 +128,7 @@ void Desk::wire_home() {
     auto* form_label = window->findChild<QLabel*>(QStringLiteral("create_label"));
     form_label->setAccessibleName(QStringLiteral("Créer un nouveau réseau"));
     connect(new LabelButton(*form_label), &LabelButton::pressed, this, &Desk::show_form);
+    form_label->setFocus();
     list = new NetworkList(*window);
     if (networks.empty()) {
         auto* hint = new QLabel(QStringLiteral(

@@ -22,8 +22,7 @@ class ReadyScreen;
 
 /// The operator's desk: the network selection window with an action behind every control. The
 /// window builds its screens as ever; the desk finds the widgets on them by their names, connects
-/// them, and adds what is missing. Where a window has no way back to the home screen, the desk
-/// replaces it by a new one.
+/// them, and adds what is missing.
 class Desk : public QObject {
     Q_OBJECT
 
@@ -31,7 +30,7 @@ public:
     Desk();
     ~Desk() override;
 
-    /// Shows a new window with the home screen. The button of the network of that registry name
+    /// Shows the home screen. The button of the network of that registry name
     /// (its bytes as Latin-1 characters) has the focus, if there is one.
     void show_home(const QString& focused_network);
 
@@ -47,7 +46,10 @@ private:
         in_service,  ///< it has answered; it may have ceased to
     };
 
-    void new_window();
+    void open_window();
+    /// Puts the home screen of a fresh window in the place of what the window shows. The window
+    /// stays: under Wayland, a new one could not tell where it is to come.
+    void renew_window();
     void read_networks();
     void wire_home();
     void add_menu_buttons();
