@@ -89,6 +89,7 @@ MIDDLEWARE = [
     f"{PACKAGE}.hubs.middleware.visitors_own_address",
     f"{PACKAGE}.hubs.visitors.counted",
     f"{PACKAGE}.hubs.middleware.log_ins_in_line",
+    f"{PACKAGE}.hubs.middleware.searches_in_line",
     f"{PACKAGE}.hubs.middleware.headers_alone",
     f"{PACKAGE}.hubs.middleware.own_content_only",
     "django.middleware.security.SecurityMiddleware",

@@ -30,11 +30,33 @@ def _announced_size(request):
     return int(size) if size.isdecimal() and len(size) < 20 else math.inf
 
 
+class _Lines:
+    """Where the requests of one address wait for each other, so that a hundred of them delay another
+    address by a few at most. Addresses that share a line by chance wait for each other, too."""
+
+    def __init__(self, at_once):
+        self._lines = [threading.BoundedSemaphore(at_once) for _ in range(64)]
+
+    def of(self, request):
+        """A context in which the request has its turn."""
+        return self._lines[hash(request.META["REMOTE_ADDR"]) % len(self._lines)]
+
+
+def searches_in_line(get_response):
+    """The searches of one address wait for each other: each keeps a processor busy."""
+    lines = _Lines(1)
+
+    def middleware(request):
+        if request.method not in ("GET", "HEAD") or not request.GET.get("q"):
+            return get_response(request)
+        with lines.of(request):
+            return get_response(request)
+    return middleware
+
+
 def log_ins_in_line(get_response):
-    """The log-ins of one address wait for each other before anything is done for them, so that a
-    hundred of them delay another address by one at most."""
-    # Addresses that share a line by chance wait for each other.
-    lines = [threading.BoundedSemaphore(limits.LOGINS_AT_ONCE) for _ in range(64)]
+    """The log-ins of one address wait for each other before anything is done for them."""
+    lines = _Lines(limits.LOGINS_AT_ONCE)
 
     def middleware(request):
         if (request.method != "POST" or request.path != reverse("admin:login")
@@ -44,7 +66,7 @@ def log_ins_in_line(get_response):
             request.body  # it may come slowly: nobody waits for that
         except OSError:
             pass  # the form is incomplete, and is told so
-        with lines[hash(request.META["REMOTE_ADDR"]) % len(lines)]:
+        with lines.of(request):
             return get_response(request)
     return middleware
 

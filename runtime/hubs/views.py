@@ -232,8 +232,9 @@ def replace(request, path):
             "spare_bytes": uploads.spare_bytes()})
     for file in _sent(request, "fichier")[:1]:
         if os.path.splitext(file.name)[1].lower() != extension.lower():
+            wanted = f"en «\xa0{extension}\xa0»" if extension else "sans extension"
             messages.error(request, f"«\xa0{name}\xa0» n'a pas été remplacé\xa0: le nouveau "
-                                    f"fichier doit avoir un nom en «\xa0{extension}\xa0».")
+                                    f"fichier doit avoir un nom {wanted}.")
             break
         try:
             resources.OFFERED.replace(path, file)
