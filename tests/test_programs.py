@@ -5,6 +5,7 @@ import os
 import pty
 import shlex
 import shutil
+import signal
 import sqlite3
 import subprocess
 import sys
@@ -62,7 +63,8 @@ class Programs(unittest.TestCase):
         for name in programs:
             for words, reason in [
                     (("a", "b", ""), "Mot en trop"), (("--admin", "", "a"), ""),
-                    (("--né",), "L'option «\u00a0né\u00a0» n'existe pas."), (("",), "")]:
+                    (("--né",), "L'option «\u00a0né\u00a0» n'existe pas."),
+                    (("-Roche",), "«\u00a0Roche\u00a0» n'existe pas."), (("",), "")]:
                 status, out, err = self.program(name, *words)
                 self.assertEqual((status, out, err[:5]), (2, "", "Usage"), (name, words))
                 self.assertIn(reason, err)
@@ -80,9 +82,10 @@ class Programs(unittest.TestCase):
 
     def test_django(self):
         self.fake("gnome-terminal", "printf '%s|' $$ \"$@\" >called")
-        status, out, err = self.program("django", "/a b")
-        pid, call = (self.work / "called").read_text().split("|", 1)
-        self.assertEqual(call, "--|bash|-c|cd /a b && python3 manage.py runserver; exec bash|")
+        status, out, err = self.program("django", b"/\xe9 \xc3\xa9")
+        pid, call = (self.work / "called").read_text("latin-1").split("|", 1)
+        self.assertEqual(
+            call, "--|bash|-c|cd /é Ã© && python3 manage.py runserver; exec bash|")
         said = f"Le serveur Django a été lancé dans un nouveau terminal (PID {pid}).\n"
         self.assertEqual((status, out, err), (0, said, ""))
         self.environment["PATH"] = "/nowhere"
@@ -170,16 +173,21 @@ class Programs(unittest.TestCase):
 
     def test_password_is_not_echoed(self):
         ours, terminal = pty.openpty()
-        process = subprocess.Popen(
-            [PROGRAMS / "quorvale-new", "--admin", "anne", "Forge"], cwd=self.work,
-            env=self.environment, stdin=terminal, stdout=terminal, stderr=terminal)
-        deadline = time.monotonic() + 10
-        while termios.tcgetattr(terminal)[3] & termios.ECHO and time.monotonic() < deadline:
-            time.sleep(0.01)
-        os.write(ours, b"Tres-Long-77\n")
-        self.assertEqual(process.wait(60), 1)  # there is no template
-        self.assertNotIn(b"Tres-Long-77", os.read(ours, 4096))
-        self.assertTrue(termios.tcgetattr(terminal)[3] & termios.ECHO)
+        for typed in (b"", b"Tres-Long-77\n"):
+            process = subprocess.Popen(
+                [PROGRAMS / "quorvale-new", "--admin", "anne", "Forge"], cwd=self.work,
+                env=self.environment, stdin=terminal, stdout=terminal, stderr=terminal)
+            deadline = time.monotonic() + 10
+            while termios.tcgetattr(terminal)[3] & termios.ECHO and time.monotonic() < deadline:
+                time.sleep(0.01)
+            if typed:
+                os.write(ours, typed)
+            else:
+                process.terminate()
+            # There is no template.
+            self.assertEqual(process.wait(60), 1 if typed else -signal.SIGTERM)
+            self.assertNotIn(b"Tres-Long-77", os.read(ours, 4096))
+            self.assertTrue(termios.tcgetattr(terminal)[3] & termios.ECHO)
 
     def test_new_refused(self):
         """Nothing is left of what was made."""

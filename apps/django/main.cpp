@@ -1,8 +1,21 @@
 #include <QCoreApplication>
+#include <QFile>
+#include <algorithm>
+#include <string>
 
 #include "command_line.h"
 #include "djangomanager.h"
 #include "qt_compat.h"
+
+namespace {
+
+/// Returns the word of the command line as it was given: a path's bytes need not be UTF-8.
+std::string bytes_of(const QString& word, int argc, char** argv) {
+    return *std::find_if(argv, argv + argc,
+                         [&word](const char* bytes) { return QFile::decodeName(bytes) == word; });
+}
+
+}  // namespace
 
 int main(int argc, char** argv) {
     CommandLine line(
@@ -17,5 +30,8 @@ int main(int argc, char** argv) {
     }
     use_utf8_locale_codec();
     const QCoreApplication application(argc, argv);
-    return line.fits() ? DjangoManager().launch(line.argument(0).toStdString()) : badly_written;
+    if (!line.fits()) {
+        return badly_written;
+    }
+    return DjangoManager().launch(bytes_of(line.argument(0), argc, argv));
 }

@@ -16,12 +16,23 @@ namespace {
 const QString admin = QStringLiteral("admin");
 const QString contents = QStringLiteral("contents");
 
+termios echoing{};  ///< the terminal as it was
+
+/// Ends this program by the signal, once the terminal echoes again.
+void echo_and_end(int signal) {
+    tcsetattr(STDIN_FILENO, TCSAFLUSH, &echoing);
+    std::signal(signal, SIG_DFL);
+    std::raise(signal);
+}
+
 /// Returns the first line of standard input. What is typed in a terminal is not echoed.
 QByteArray read_password() {
-    termios shown{};
-    const bool terminal = tcgetattr(STDIN_FILENO, &shown) == 0;
+    const bool terminal = tcgetattr(STDIN_FILENO, &echoing) == 0;
     if (terminal) {
-        termios hidden = shown;
+        for (const int signal : {SIGHUP, SIGINT, SIGTERM}) {
+            std::signal(signal, echo_and_end);
+        }
+        termios hidden = echoing;
         hidden.c_lflag &= ~static_cast<tcflag_t>(ECHO);
         std::cerr << "Mot de passe de l'administrateur : " << std::flush;
         tcsetattr(STDIN_FILENO, TCSAFLUSH, &hidden);
@@ -29,7 +40,7 @@ QByteArray read_password() {
     std::string line;
     std::getline(std::cin, line);
     if (terminal) {
-        tcsetattr(STDIN_FILENO, TCSAFLUSH, &shown);
+        tcsetattr(STDIN_FILENO, TCSAFLUSH, &echoing);
         std::cerr << std::endl;
     }
     return QByteArray::fromStdString(line);

@@ -50,6 +50,8 @@ QString program_name() {
 
 CommandLine::CommandLine(const QString& purpose, const QString& statuses)
     : exit_statuses(statuses) {
+    // Not as letters of their own: any word with an "h" in it would ask for the help.
+    parser.setSingleDashWordOptionMode(QCommandLineParser::ParseAsLongOptions);
     parser.setApplicationDescription(QLatin1Char('\n') + purpose);
     parser.addOption({{QStringLiteral("h"), help_option}, QStringLiteral("Affiche cette aide.")});
     parser.addOption({version_option, QStringLiteral("Affiche la version.")});
