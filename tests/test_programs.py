@@ -203,7 +203,7 @@ class Programs(unittest.TestCase):
                           "command -p cp $*' >bin/cp", "déjà enregistré.\n"),
                 ("Forge", "", "prendrait pas tel quel", "a b"),
                 ("Forge", "", "prendrait pas tel quel", "a;b"),
-                ("Forge", "echo '[ -e ../creation.lock ] || command -p django-admin $*'"
+                ("Forge", "echo 'flock -n ../.creation.lock true && command -p django-admin $*'"
                           " >bin/django-admin", "n'a pas pu être créé"),
                 ("Forge", "echo 'import os; os.kill(os.getppid(), 15); 1/0' >>settings.py",
                  "base de données"),
@@ -212,10 +212,11 @@ class Programs(unittest.TestCase):
                 self.setUp(*folder)
                 self.place_template()
                 subprocess.run(before + "\nchmod -f +x bin/*", cwd=self.work, shell=True)
-                files = {*os.listdir(self.work), ".networks.lock"}
+                locks = {".creation.lock", ".networks.lock"}
+                files = locks.union(os.listdir(self.work))
                 status, _, err = self.program("new", "--admin", "anne", name, typed="Tres-Long-77")
                 self.assertEqual((status, reason in err), (1, True), err)
-                self.assertEqual({*os.listdir(self.work), ".networks.lock"}, files)
+                self.assertEqual(locks.union(os.listdir(self.work)), files)
 
     def test_new_after_a_kill(self):
         """What was half made is in nobody's way."""

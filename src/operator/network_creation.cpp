@@ -3,12 +3,12 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QLockFile>
 #include <QProcess>
 #include <QRegularExpression>
 #include <QStringList>
 #include <iostream>
 
+#include "file_lock.h"
 #include "hub_utilities.h"
 #include "network_names.h"
 #include "network_template.h"
@@ -227,9 +227,8 @@ CreationStatus create_and_record_network(const NewNetwork& wanted) {
     if (reserved.isEmpty()) {
         return fail(name, QStringLiteral("python3 n'a pas pu être lancé pour vérifier le nom."));
     }
-    QLockFile turn(QStringLiteral("creation.lock"));
-    turn.setStaleLockTime(0);  // a creation may take its time; a dead program's lock is taken over
-    if (!turn.lock()) {
+    const FileLock turn(".creation.lock");
+    if (!turn.take()) {
         return fail(name, QStringLiteral("rien ne peut être écrit dans ce répertoire."));
     }
     QDir project(QDir::current().filePath(wanted_directory(wanted, name, reserved)));

@@ -1,48 +1,20 @@
 #include "registry_writer.h"
 
 #include <fcntl.h>
-#include <sys/file.h>
 #include <unistd.h>
 
 #include <QByteArray>
 #include <QFile>
 #include <QSaveFile>
-#include <cerrno>
 #include <fstream>
 #include <iostream>
 #include <memory>
 #include <sstream>
 
+#include "file_lock.h"
 #include "registry_file.h"
 
 namespace {
-
-/// Keeps other programs from changing the registry. The file stays, for one that were removed could
-/// be locked by two: each in a file of its own.
-class RegistryLock {
-public:
-    RegistryLock()
-        : descriptor(open(".networks.lock", O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC, 0600)) {}
-    RegistryLock(const RegistryLock&) = delete;
-    RegistryLock& operator=(const RegistryLock&) = delete;
-    ~RegistryLock() {
-        if (descriptor >= 0) {
-            close(descriptor);
-        }
-    }
-
-    /// Waits for its turn. Returns whether it has it, until the end of this object.
-    bool take() const {
-        int status = -1;
-        do {
-            status = flock(descriptor, LOCK_EX);
-        } while (status != 0 && errno == EINTR);
-        return status == 0;
-    }
-
-private:
-    int descriptor;
-};
 
 bool is_registry_field(const std::string& text) {
     return !text.empty() && text.find_first_of("|\n") == std::string::npos;
@@ -106,7 +78,7 @@ int record_hub_network(std::string name, std::string directory) {
             "être enregistré.");
     }
     const char* const unchanged = "le réseau n'a pas pu être enregistré, le fichier est inchangé.";
-    const RegistryLock lock;
+    const FileLock lock(".networks.lock");
     QByteArray contents;
     if (!lock.take() || !read_registry(contents)) {
         return refuse(unchanged);
