@@ -121,7 +121,8 @@ void AccountForm::save() {
         *this, network,
         {QString::fromLatin1(roles[role->currentIndex()].name), QStringLiteral("--"),
          fields[pseudonym]->text().trimmed(), fields[name]->text().simplified()},
-        fields[password]->text(), [this](int status, const QString& said) { end(status, said); });
+        fields[password]->text(),
+        [this, to = network.name](int status, const QString& said) { end(status, said, to); });
 }
 
 bool AccountForm::check() {
@@ -141,12 +142,12 @@ bool AccountForm::check() {
     return check_password(*fields[password], *fields[confirmation]) && fit;
 }
 
-void AccountForm::end(int status, const QString& said) {
+void AccountForm::end(int status, const QString& said, const QString& network_name) {
     set_busy(false);
     switch (status) {
         case created_whole:
             show_result(QStringLiteral("Le compte « %1 » est ajouté au réseau « %2 ».")
-                            .arg(fields[pseudonym]->text().trimmed(), network.name),
+                            .arg(fields[pseudonym]->text().trimmed(), network_name),
                         "#1b5e20");
             for (QLineEdit* field : fields) {
                 field->clear();

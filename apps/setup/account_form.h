@@ -39,7 +39,8 @@ private:
     void save();
     /// Returns whether all fields can be sent; says what is wrong at those that cannot.
     bool check();
-    void end(int status, const QString& said);
+    /// The network named is the one that the account was for: another may be chosen by now.
+    void end(int status, const QString& said, const QString& network_name);
     void set_busy(bool busy);
     void show_failure(const QString& reason);
     void show_result(const QString& text, const char* colour);

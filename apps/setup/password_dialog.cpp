@@ -6,6 +6,7 @@
 #include <QVBoxLayout>
 
 #include "account_command.h"
+#include "creation_status.h"
 #include "form_state.h"
 #include "question.h"
 #include "screen_pieces.h"
@@ -60,5 +61,7 @@ void PasswordDialog::end(int status, const QString& said) {
         accept();
         return;
     }
-    refuse_field(*password, said.isEmpty() ? QStringLiteral("Il n'a pas été changé.") : said);
+    // Of a failure's words, the last line says most.
+    const QString reason = status == password_refused ? said : said.section(QLatin1Char('\n'), -1);
+    refuse_field(*password, reason.isEmpty() ? QStringLiteral("Il n'a pas été changé.") : reason);
 }

@@ -7,7 +7,6 @@
 #include <QKeyEvent>
 #include <QLabel>
 #include <QStackedWidget>
-#include <algorithm>
 
 #include "account_form.h"
 #include "accounts_page.h"
@@ -105,16 +104,23 @@ void SetupControls::show_page(int page) {
 }
 
 void SetupControls::read_networks() {
-    const QString chosen = choice->currentText();
+    // By its directory: it may have been renamed, and others may have its name.
+    const int old_index = choice->currentIndex();
+    const std::string chosen =
+        old_index < 0 ? std::string() : networks[static_cast<std::size_t>(old_index)].directory;
     networks = registered_networks();
     const QSignalBlocker quiet(choice);
     choice->clear();
+    int index = networks.empty() ? -1 : 0;
     for (const RegisteredNetwork& network : networks) {
+        if (network.directory == chosen) {
+            index = choice->count();
+        }
         choice->addItem(network.name);
         choice->setItemData(choice->count() - 1, QFile::decodeName(network.directory.c_str()),
                             Qt::ToolTipRole);
     }
-    choice->setCurrentIndex(std::max(choice->findText(chosen), networks.empty() ? -1 : 0));
+    choice->setCurrentIndex(index);
 }
 
 void SetupControls::choose_network(int index) {
