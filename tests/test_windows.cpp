@@ -18,6 +18,7 @@
 #include "applicationsetup.h"
 #include "clientwindow.h"
 #include "french_texts.h"
+#include "network_jobs.h"
 #include "network_list.h"
 #include "networkselectionwindow.h"
 #include "setupwindow.h"
@@ -284,6 +285,8 @@ private slots:
         }
         QTest::keyClick(filter, Qt::Key_Return);
         QCOMPARE(window->focusWidget(), list.buttons()[36]);
+        filter->setText(QStringLiteral("/D"));  // is shown where names are equal
+        QVERIFY(list.buttons()[36]->isVisible() && !list.buttons()[7]->isVisible());
     }
 
     void states_of_a_button() {
@@ -466,6 +469,7 @@ private slots:
         directory.fake_command(QStringLiteral("python3"),
                                "[ \"$3\" != liste ] || exec printf '%s\\tbo\\n' super standard\n"
                                "read -r line; echo \"${PWD##*/} $* $line\" > $WORK/asked\n"
+                               "[ $(cat $WORK/status) != killed ] || kill -9 $$\n"
                                "echo Raison. >&2; exit $(cat $WORK/status)");
         SetupWindow window(nullptr);
         new SetupControls(window);
@@ -477,7 +481,11 @@ private slots:
         auto& role = *window.findChild<QComboBox*>(QStringLiteral("role_list"));
         QCOMPARE(role.currentIndex(), 1);
         QVERIFY(window.findChild<QWidget*>(QStringLiteral("appearance_item"))->isHidden());
-        window.findChild<QComboBox*>(QStringLiteral("network_choice"))->setCurrentIndex(1);
+        auto& choice = *window.findChild<QComboBox*>(QStringLiteral("network_choice"));
+        choice.setCurrentIndex(1);
+        directory.write(QStringLiteral("b/nom.txt"), "B");
+        emit window.findChild<NetworkJobs*>()->done();
+        QCOMPARE(choice.currentText(), QStringLiteral("B"));
         QTest::mouseClick(find_button("add_button"), Qt::LeftButton);
         // Adds an account to the second network.
         const auto save = [&](int chosen_role, const QByteArray& status,
@@ -503,6 +511,8 @@ private slots:
         save(2, "0");
         qputenv("PATH", path);
         QVERIFY(result.text().endsWith(QStringLiteral("python3 n'a pas pu être lancé.")));
+        save(2, "killed");
+        QVERIFY(result.text().endsWith(QStringLiteral("python3 a été interrompu.")));
 
         // What is typed is not lost unasked.
         bool asked = false;
@@ -514,7 +524,7 @@ private slots:
         QVERIFY(asked && window.isVisible());
         QCOMPARE(save(2, "0"), QByteArray("||||b manage.py compte invite") + account);
         QCOMPARE(result.text(), QStringLiteral("Le compte «\u00a0anne\u00a0» est ajouté au réseau "
-                                               "«\u00a0b\u00a0»."));
+                                               "«\u00a0B\u00a0»."));
         const QLineEdit& password = *window.findChildren<QLineEdit*>().last();
         QVERIFY(password.text().isEmpty() && password.echoMode() == QLineEdit::Password);
         QTest::keyClick(&window, Qt::Key_Escape);
@@ -528,6 +538,8 @@ private slots:
                         "a|" + directory.path(QStringLiteral("a")).toLocal8Bit() + "|\n");
         directory.fake_command(QStringLiteral("python3"),
                                "[ \"$3\" != liste ] || exec cat $WORK/accounts\n"
+                               "[ \"$3\" != mot-de-passe ] || mv $WORK/works $WORK/worked ||\n"
+                               "{ printf 'Traceback:\\nErreur.\\n' >&2; exit 1; }\n"
                                "read -r line; echo \"$* $line\" >> $WORK/asked");
         directory.write(QStringLiteral("accounts"), "super\tanne\tA P\nstandard\tsuper\t\n");
         SetupWindow window(nullptr);
@@ -538,13 +550,15 @@ private slots:
         };
         QTRY_COMPARE(buttons("remove_button").size(), 2);
         QVERIFY(!buttons("remove_button")[0]->isEnabled());  // of the last super-user
-        answer_dialog("password_dialog", [](QWidget& dialog) {
-            for (auto* field : dialog.findChildren<QLineEdit*>()) {
-                field->setText(QStringLiteral("sésame"));
-            }
+        QByteArray refused;
+        answer_dialog("password_dialog", [&](QWidget& dialog) {
+            const QStringList typed = {QStringLiteral("sésame"), QStringLiteral("sésame")};
+            refused = refusals(dialog, typed);
+            directory.write(QStringLiteral("works"), {});
             QTest::keyClick(&dialog, Qt::Key_Return);
         });
         QTest::mouseClick(buttons("password_button")[0], Qt::LeftButton);
+        QCOMPARE(refused, "Erreur.||");
         for (const int answer : {0, 1}) {
             answer_dialog("question", [answer](QWidget& question) {
                 const auto choices = question.findChildren<QPushButton*>();
@@ -562,6 +576,18 @@ private slots:
                      "manage.py compte mot-de-passe -- anne sésame\n"
                      "manage.py compte supprimer -- super \n");
         QTRY_VERIFY(window.findChild<QWidget*>(QStringLiteral("accounts_page"))->isEnabled());
+    }
+
+    void renaming() {
+        NetworkSelectionWindow window(nullptr);
+        QString asked;
+        answer_dialog("rename_dialog", [&asked](QWidget& dialog) {
+            const auto* label = dialog.findChild<QLabel*>();
+            asked = label->textFormat() == Qt::PlainText ? label->text() : QString();
+            dialog.close();
+        });
+        NetworkJobs(window).rename({QStringLiteral("Arts & Lettres"), {}});
+        QVERIFY(asked.contains(QStringLiteral("Arts && Lettres")));
     }
 
     void creation_form() {

@@ -3,6 +3,8 @@
 #include <QProcess>
 #include <QRegularExpression>
 
+#include "background_command.h"
+
 namespace {
 
 /// The name in a server's answer; null when the answer is no name, but a page for instance.
@@ -54,6 +56,7 @@ void ask_server(QObject& owner, const QString& address,
                          const bool answered = how == QProcess::NormalExit && status == 0;
                          told(answered ? name_in(curl->readAllStandardOutput()) : QString());
                      });
+    end_with_owner(*curl, owner);
     // The limits are those of the curl on PATH.
     curl->start(QStringLiteral("curl"), {QStringLiteral("--silent"), QStringLiteral("--fail"),
                                          QStringLiteral("http://%1/_infos/kl/").arg(address)});

@@ -24,7 +24,11 @@ void run_in_background(QObject& owner, const QStringList& command, const QString
             const bool succeeded = how == QProcess::NormalExit && status == 0;
             const QByteArray said =
                 succeeded ? process->readAllStandardOutput() : process->readAllStandardError();
-            ended(how == QProcess::NormalExit ? status : 1, QString::fromUtf8(said).trimmed());
+            if (how == QProcess::NormalExit) {
+                ended(status, QString::fromUtf8(said).trimmed());
+            } else {
+                ended(1, QStringLiteral("Le programme %1 a été interrompu.").arg(name));
+            }
         });
     end_with_owner(*process, owner);
     process->start(command.first(), command.mid(1));

@@ -7,8 +7,9 @@
 class QObject;
 class QProcess;
 
-/// Called when a command has ended, with its exit status (1 if it could not be started or was
-/// killed) and what it said: on standard error or, when its status is 0, on standard output.
+/// Called when a command has ended, with its exit status and what it said: on standard error or,
+/// when its status is 0, on standard output. When it could not be started or was killed, the status
+/// is 1, and the text says that in French.
 using CommandEnd = std::function<void(int status, const QString& said)>;
 
 /// Runs a command, a program and its arguments, in a directory, with one line on its standard

@@ -6,6 +6,7 @@
 #include <QFile>
 #include <QFileDialog>
 #include <QInputDialog>
+#include <QLabel>
 #include <QLineEdit>
 #include <QMessageBox>
 #include <QProgressDialog>
@@ -39,10 +40,12 @@ QString ask_file(QFileDialog& dialog, const char* name) {
 NetworkJobs::NetworkJobs(QWidget& shown) : QObject(&shown), window(shown) {}
 
 void NetworkJobs::open_folder(const RegisteredNetwork& network) {
-    const QDir project(directory_of(network));
+    // Its package has the name of the directory itself, not that of a link to it.
+    const QDir project(QDir(directory_of(network)).canonicalPath());
     const QString folder = project.filePath(project.dirName() + QStringLiteral("/ressources"));
     if (!QFileInfo(folder).isDir()) {
-        say(false, QStringLiteral("Le dossier des fichiers, %1, n'existe plus.").arg(folder));
+        say(false,
+            QStringLiteral("Le dossier des fichiers de %1 n'existe plus.").arg(quoted(network)));
         return;
     }
     open_url(QUrl::fromLocalFile(folder).toString(QUrl::FullyEncoded));
@@ -54,6 +57,7 @@ void NetworkJobs::rename(const RegisteredNetwork& network) {
     dialog.setWindowTitle(QStringLiteral("Renommer le réseau"));
     dialog.setLabelText(QStringLiteral("Nouveau nom de %1 :")
                             .arg(quoted(network).replace(QLatin1Char('&'), QStringLiteral("&&"))));
+    dialog.findChild<QLabel*>()->setTextFormat(Qt::PlainText);
     dialog.setTextValue(network.name);
     dialog.setOkButtonText(QStringLiteral("Renommer"));
     dialog.setCancelButtonText(QStringLiteral("Annuler"));

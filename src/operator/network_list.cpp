@@ -92,8 +92,8 @@ void NetworkList::add_filter(QVBoxLayout& column) {
 void NetworkList::show_matching(const QString& typed) {
     const QString wanted = folded(typed.simplified());
     for (int i = 0; i < entries.size(); ++i) {
-        const bool matches =
-            folded(texts[i].name).contains(wanted) || texts[i].detail.contains(wanted);
+        const bool matches = folded(texts[i].name).contains(wanted) ||
+                             folded(shown_detail(texts[i])).contains(wanted);
         for (const int column : {0, 1}) {
             if (QLayoutItem* item = rows->itemAtPosition(i, column)) {
                 item->widget()->setVisible(matches);
@@ -131,6 +131,13 @@ void NetworkList::show_entries(const QVector<NetworkEntry>& shown) {
     }
 }
 
+QString NetworkList::shown_detail(const NetworkEntry& entry) const {
+    const auto same =
+        std::count_if(texts.begin(), texts.end(),
+                      [&entry](const NetworkEntry& other) { return other.name == entry.name; });
+    return same > 1 ? entry.detail : QString();
+}
+
 void NetworkList::set_captions() {
     for (int i = 0; i < entries.size(); ++i) {
         set_caption(i);
@@ -139,11 +146,11 @@ void NetworkList::set_captions() {
 
 void NetworkList::set_caption(int entry) {
     const NetworkEntry& text = texts[entry];
-    const auto same = std::count_if(texts.begin(), texts.end(), [&text](const NetworkEntry& other) {
-        return other.name == text.name;
-    });
     const QString between = QStringLiteral("   ");
-    const QString detail = same > 1 && !text.detail.isEmpty() ? between + text.detail : QString();
+    QString detail = shown_detail(text);
+    if (!detail.isEmpty()) {
+        detail.prepend(between);
+    }
     const QString mark = text.mark.isEmpty() ? QString() : between + text.mark;
     QPushButton& button = *entries[entry];
     const QFontMetrics letters = button.fontMetrics();

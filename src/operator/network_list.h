@@ -23,8 +23,8 @@ struct NetworkEntry {
 
 /// Makes the list of networks of a window hold any number of them: the buttons scroll, are large
 /// enough to be read and clicked in the desktop's own font, and from ten on the field
-/// "filter_field" above them shows only those whose name holds what is typed, accents and case
-/// aside. Belongs to the window's "network_list".
+/// "filter_field" above them shows only those whose name, or detail where it is shown, holds what
+/// is typed, accents and case aside. Belongs to the window's "network_list".
 class NetworkList : public QObject {
 public:
     static constexpr int filtered_from = 10;
@@ -55,6 +55,8 @@ private:
     void add_filter(QVBoxLayout& column);
     void show_matching(const QString& typed);
     void focus_first();
+    /// Returns what is shown of an entry's detail.
+    QString shown_detail(const NetworkEntry& entry) const;
     void set_captions();
     void set_caption(int entry);
 
