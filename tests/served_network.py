@@ -23,6 +23,15 @@ QUICK_HASHER = """
 PASSWORD_HASHERS = ["django.contrib.auth.hashers.MD5PasswordHasher"]
 """
 
+# Two commands of manage.py in one process.
+PREPARE_DATABASE = """
+import os
+os.environ["DJANGO_SETTINGS_MODULE"] = "Atelier.settings"
+from django.core.management import execute_from_command_line as run
+run(["manage.py", "migrate", "--verbosity=0"])
+run(["manage.py", "createsuperuser", "--no-input", "--username=zoé", "--email=z@localhost"])
+"""
+
 
 def run_in(directory, *command):
     subprocess.run(command, cwd=directory, env=ENVIRONMENT, check=True, stdout=subprocess.DEVNULL)
@@ -41,9 +50,7 @@ class ServedNetworkTest(unittest.TestCase, Visitor):
         with open(cls.made / "Atelier" / "settings.py", "a", encoding="utf-8") as settings:
             settings.write(QUICK_HASHER)
         whole = shutil.copytree(cls.made, Path(directory.name, "whole"))
-        run_in(whole, "python3", "manage.py", "migrate", "--verbosity", "0")
-        run_in(whole, "python3", "manage.py", "createsuperuser", "--no-input", "--username", "zoé",
-               "--email", "z@localhost")
+        run_in(whole, "python3", "-c", PREPARE_DATABASE)
         cls.accounts = whole / "db.sqlite3"
 
     def setUp(self):

@@ -12,6 +12,8 @@ import unittest
 import zipfile
 from pathlib import Path
 
+from quick_django import make_commands, place_template
+
 SOURCE = Path(__file__).resolve().parent.parent
 PROGRAMS = Path(sys.argv.pop())
 RECORDED = b"\xc9t\xe9|/Ete|\nnot a network\nForge|/Forge|"
@@ -39,13 +41,12 @@ class Network(unittest.TestCase):
         cls.addClassCleanup(directory.cleanup)
         cls.made = Path(directory.name, "Tesquin")
         cls.made.mkdir()
-        for part in ("settings.py", "urls.py", "hubs", "ressources", "templates", "static"):
-            copy = shutil.copytree if (SOURCE / "runtime" / part).is_dir() else shutil.copy
-            (cls.made / ".modele").mkdir(exist_ok=True)
-            copy(SOURCE / "runtime" / part, cls.made / ".modele" / part)
+        place_template(cls.made / ".modele")
+        make_commands(Path(directory.name))
+        cls.path = f"{directory.name}:/usr/bin:/bin"
         for name in ("Été", "Forge"):
             subprocess.run([PROGRAMS / "quorvale-new", name], cwd=cls.made, check=True,
-                           stdout=subprocess.DEVNULL)
+                           env={**os.environ, "PATH": cls.path}, stdout=subprocess.DEVNULL)
 
     def setUp(self):
         directory = tempfile.TemporaryDirectory()
@@ -55,7 +56,8 @@ class Network(unittest.TestCase):
         self.project = self.work / "Ete"
         self.package = self.project / "Ete"
         self.copy = self.root / "copie"
-        self.environment = {**os.environ, "LC_ALL": "C", "PYTHONUTF8": "0", "HOME": str(self.root)}
+        self.environment = {**os.environ, "LC_ALL": "C", "PYTHONUTF8": "0", "HOME": str(self.root),
+                            "PATH": self.path, "GIO_USE_VFS": "local"}
 
     def new_work(self, name, recorded, ignore=None):
         work = self.root / name
@@ -130,7 +132,8 @@ class Network(unittest.TestCase):
         (ressources / "Suites").mkdir()
         for path, content in ((ressources / "Suites/é.txt", "é"), (ressources / ".tmp1", "half"),
                               (self.package / "depots/Zoé — a", "a"), (pages / "404.html", "mine"),
-                              (self.package / "hubs/own.py", "1 / 0"), (pages / "own.html", "")):
+                              (self.package / "hubs/own.py", "1 / 0"), (pages / "own.html", ""),
+                              (self.project / "secret_key", "k" * 50)):
             path.parent.mkdir(exist_ok=True)
             path.write_text(content)
         (ressources / "Bienvenue.txt").unlink()
@@ -166,8 +169,7 @@ class Network(unittest.TestCase):
         self.assertEqual((package / "templates/404.html").read_text(), "mine")
         self.assertTrue((package / "templates/own.html").exists())
         self.assertFalse((package / "hubs/own.py").exists())
-        self.assertEqual((project / "secret_key").read_text(),
-                         (self.project / "secret_key").read_text())
+        self.assertEqual((project / "secret_key").read_text(), "k" * 50)
         with sqlite3.connect(project / "db.sqlite3") as database:
             self.assertEqual(set(database.execute("SELECT email FROM auth_user")), {("",)})
         self.assertNotIn(".restauration", os.listdir(work))
