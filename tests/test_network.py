@@ -139,6 +139,8 @@ class Network(unittest.TestCase):
         (ressources / "Bienvenue.txt").unlink()
         (ressources / "passwd").symlink_to("/etc/passwd")
         os.utime(ressources / "Suites/é.txt", (1_000_000_000, 1_000_000_000))
+        for page, changed in (("404", 0), ("own", 5_700_000_000)):  # before 1980, after 2107
+            os.utime(pages / f"{page}.html", (changed, changed))
         settings = self.package / "settings.py"
         settings.rename(self.root / "mine.py").write_text("mine")
         settings.symlink_to(self.root / "mine.py")

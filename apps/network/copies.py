@@ -33,6 +33,8 @@ _VISITORS_FOLDERS = ("ressources", "depots")
 _PAGES = ("templates", "static")
 _PROGRAMS = ("settings.py", "urls.py", "hubs")
 _MAX_FILES = 100_000
+# What an archive can hold
+_FIRST_DATE, _LAST_DATE = (1980, 1, 1, 0, 0, 0), (2107, 12, 31, 23, 59, 58)
 _MAX_DEPTH = 32
 _MEMORY_BYTES = 512 * 2**20
 # What stays free on the disk
@@ -132,8 +134,9 @@ def _add(archive, name, source):
             return
         raise
     with open(descriptor, "rb") as file:
-        changed = time.localtime(max(os.fstat(descriptor).st_mtime, 315_619_200))  # no less: 1980
-        with archive.open(zipfile.ZipInfo(name, changed[:6]), "w", force_zip64=True) as member:
+        changed = time.localtime(os.fstat(descriptor).st_mtime)[:6]
+        fit = max(_FIRST_DATE, min(changed, _LAST_DATE))
+        with archive.open(zipfile.ZipInfo(name, fit), "w", force_zip64=True) as member:
             shutil.copyfileobj(file, member)
 
 
