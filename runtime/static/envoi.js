@@ -147,8 +147,10 @@
     }
   });
 
-  const dropForm = (event) =>
-    event.dataTransfer.types.includes("Files") && event.target.closest(FORMS);
+  // The form that something is dragged over. Some browsers name the text in it as the target.
+  const formOf = ({ target }) => (target.closest ? target : target.parentElement)?.closest(FORMS);
+
+  const dropForm = (event) => event.dataTransfer.types.includes("Files") && formOf(event);
 
   document.addEventListener("dragover", (event) => {
     const form = dropForm(event);
@@ -159,7 +161,7 @@
   });
 
   document.addEventListener("dragleave", (event) => {
-    event.target.closest?.(FORMS)?.classList.remove("dropping");
+    formOf(event)?.classList.remove("dropping");
   });
 
   document.addEventListener("drop", (event) => {
@@ -169,6 +171,9 @@
     }
     event.preventDefault();
     form.classList.remove("dropping");
+    if (form.querySelector(".sending")) {
+      return; // what is being sent keeps its progress and "Annuler"
+    }
     clear(form);
     const items = [...event.dataTransfer.items].filter((item) => item.kind === "file");
     if (items.some((item) => item.webkitGetAsEntry()?.isDirectory)) {
