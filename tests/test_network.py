@@ -86,7 +86,7 @@ class Network(unittest.TestCase):
 
     def everything(self):
         return {path: path.lstat().st_ino for path in self.root.rglob("*")
-                if path.name != ".networks.lock" and self.copy not in (path, *path.parents)}
+                if path.suffix != ".lock" and self.copy not in (path, *path.parents)}
 
     def registry(self, work=None):
         work = work or self.work
@@ -299,7 +299,7 @@ class Network(unittest.TestCase):
                     (self.work / "networks.data").write_bytes(before)
             self.assertGreater(steps, 2, words)
         self.assertEqual(sorted(os.listdir(self.work)),
-                         [".modele", ".networks.lock", "Ete", "networks.data"])
+                         [".creation.lock", ".modele", ".networks.lock", "Ete", "networks.data"])
 
 
 if __name__ == "__main__":
