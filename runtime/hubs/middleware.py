@@ -114,9 +114,8 @@ class BodiesBounded:
     Staff may send files of any size. Everybody else may send settings.BODY_LIMIT bytes, or what the
     page itself says: the attribute body_limit of its view, a function of the request.
 
-    Sets most_files, the number of files that may be in the body: for visitors one, or the attribute
-    most_files of the view. Where it is not set, none is read: Django reads forms for its error
-    pages, too.
+    Sets most_files, the number of files that may be in the body: one, or the attribute most_files
+    of the view. Where it is not set, none is read: Django reads forms for its error pages, too.
 
     Sets hand_in for visitors, if the view has that attribute, a function of the request: it bounds
     what is handed in while it comes.
@@ -138,13 +137,11 @@ class BodiesBounded:
         size = _announced_size(request)
         if size == 0:
             return None
-        if request.user.is_staff:
-            request.most_files = limits.OFFERED_AT_ONCE
-        elif size <= settings.BODY_LIMIT or (hasattr(view, "body_limit")
-                                             and size <= view.body_limit(request)):
-            request.most_files = getattr(view, "most_files", 1)
+        if not request.user.is_staff:
+            if size > settings.BODY_LIMIT and not (hasattr(view, "body_limit")
+                                                   and size <= view.body_limit(request)):
+                return _refused(request, view)
             if hasattr(view, "hand_in"):
                 request.hand_in = view.hand_in(request)
-        else:
-            return _refused(request, view)
+        request.most_files = getattr(view, "most_files", 1)
         return None

@@ -34,7 +34,7 @@ def index(request):
         **lists.context(request),
         "network_name": network_name(),
         "spare_bytes": uploads.spare_bytes,
-        "most_files": limits.OFFERED_AT_ONCE,
+        "most_files": upload.most_files,
         "hand_in_is_open": handed_in.is_open(),
         "handed_in": handed_in.FOLDER.names,
     })
@@ -193,6 +193,9 @@ def upload(request):
         _tell(request, messages.ERROR, lost, f"n'a pas pu être enregistré\xa0: {cause}.",
               f"n'ont pas pu être enregistrés\xa0: {cause}.")
     return redirect("index")
+
+
+upload.most_files = limits.OFFERED_AT_ONCE
 
 
 def _list_address(page, path):
