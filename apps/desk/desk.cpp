@@ -11,11 +11,13 @@
 #include <QVBoxLayout>
 
 #include "applicationsetup.h"
+#include "background_work.h"
 #include "creation_form.h"
 #include "home_links.h"
 #include "hub_utilities.h"
 #include "label_button.h"
 #include "network_jobs.h"
+#include "network_launch.h"
 #include "network_list.h"
 #include "network_menu.h"
 #include "open_url.h"
@@ -37,24 +39,12 @@ QString quoted(const QString& name) {
 
 }  // namespace
 
-Desk::Desk()
-    : closing([this] {
-          for (const auto& close : closing_terminals) {
-              close();
-          }
-      }),
-      start_lock(QStringLiteral("start.lock")),
-      look([this] { found = find_served(directories); }) {
+Desk::Desk() : start_lock(QStringLiteral("start.lock")) {
     start_lock.setStaleLockTime(0);  // only a dead program's lock is taken over
+    threads.setMaxThreadCount(16);   // they wait more than they compute
     marking.setInterval(2000);
-    connect(&marking, &QTimer::timeout, &look, [this] { look.start(); });
-    connect(&look, &QThread::finished, this, [this] {
-        look.wait();  // for one that has begun since
-        if (found.size() == networks.size()) {
-            served = found;
-            mark_running();
-        }
-    });
+    marking.setSingleShot(true);
+    connect(&marking, &QTimer::timeout, this, &Desk::look);
 }
 
 Desk::~Desk() = default;
@@ -88,7 +78,6 @@ void Desk::renew_window() {
 }
 
 void Desk::read_networks() {
-    look.wait();  // it reads the directories
     std::vector<Network*> read;
     read_hub_networks(&read);
     networks.clear();
@@ -112,7 +101,7 @@ void Desk::show_home(const QString& focused_network) {
     read_networks();
     wire_home();
     served.assign(networks.size(), false);  // until the look has ended
-    look.start();
+    look();
     mark_running();
     for (int i = static_cast<int>(networks.size()) - 1; i >= 0; --i) {
         const std::string& name = networks[static_cast<std::size_t>(i)]->name;
@@ -121,7 +110,6 @@ void Desk::show_home(const QString& focused_network) {
             break;
         }
     }
-    marking.start();
 }
 
 void Desk::wire_home() {
@@ -157,23 +145,62 @@ void Desk::add_menu_buttons() {
     auto* restore =
         named("restore_button", new QPushButton(QStringLiteral("Restaurer une copie…")));
     auto* jobs = new NetworkJobs(*window);
-    connect(restore, &QPushButton::clicked, jobs, &NetworkJobs::restore);
+    connect(restore, &QPushButton::clicked, this, [this, jobs] {
+        if (state == State::at_home) {
+            jobs->restore();
+        }
+    });
     connect(
         jobs, &NetworkJobs::done, this, [this] { show_home({}); }, Qt::QueuedConnection);
     list->add_below(restore);
 }
 
 void Desk::show_menu(int n) {
+    if (state != State::at_home) {
+        return;
+    }
     const auto index = static_cast<std::size_t>(n);
     auto* jobs = window->findChild<NetworkJobs*>();
     auto* menu = new NetworkMenu(registered[index], served[index], *jobs, *window);
     connect(menu, &NetworkMenu::page_chosen, this, &Desk::open_page);
     connect(menu, &NetworkMenu::stop_chosen, this, [this, index] {
-        stop(*networks[index]);
-        look.start();
+        if (state == State::at_home) {
+            stop(*networks[index], [this] {
+                state = State::at_home;
+                look();
+            });
+        }
     });
     auto* button = static_cast<QWidget*>(sender());
     menu->popup(button->mapToGlobal(QPoint(0, button->height())));
+}
+
+template <typename Task, typename Done>
+void Desk::work(Task task, Done done) {
+    work_in_background(threads, *this, task, [this, done](const decltype(task())& result) {
+        if (window->isVisible()) {
+            done(result);
+        }
+    });
+}
+
+void Desk::look() {
+    work([asked = directories] { return find_served(asked); },
+         [this, asked = directories](const std::vector<bool>& found) {
+             if (state == State::at_home && asked == directories) {
+                 served = found;
+                 mark_running();
+                 marking.start();
+             }
+         });
+}
+
+void Desk::look_before(const std::function<void()>& done) {
+    work([asked = directories] { return find_served(asked); },
+         [this, done](const std::vector<bool>& found) {
+             served = found;
+             done();
+         });
 }
 
 void Desk::mark_running() {
@@ -223,8 +250,7 @@ bool Desk::may_close() {
     if (form) {
         return form->may_leave();
     }
-    if (state == State::in_service && chosen != nullptr &&
-        !find_server_processes(chosen->path).empty()) {
+    if (state == State::in_service && runs) {
         say(*chosen,
             QStringLiteral("Il reste en marche. Pour l'arrêter, ouvrez Quorvale de nouveau."));
     }
@@ -235,31 +261,31 @@ void Desk::choose(int n) {
     if (state != State::at_home) {
         return;  // it was the second of two clicks
     }
-    state = State::starting;  // also while the question stands, which lets the second click in
+    state = State::working;
+    look_before([this, n] { begin(n); });
+}
+
+void Desk::begin(int n) {
     if (!may_replace_others(n)) {
         state = State::at_home;
+        look();
         return;
     }
-    chosen = networks[static_cast<std::size_t>(n)].get();
-    marking.stop();
+    const auto index = static_cast<std::size_t>(n);
+    chosen = networks[index].get();
+    was_launched = !served[index];
     show_loading();
-    was_launched = find_server_processes(chosen->path).empty();
-    deadline.setRemainingTime(was_launched ? start_patience : answer_patience);
     if (was_launched) {
-        const QString reason = launch_chosen();
-        if (!reason.isEmpty()) {
-            say(*chosen, reason);
-            show_home(latin1_text(chosen->name));
-            return;
-        }
+        launch_chosen();
+        return;
     }
+    state = State::starting;
+    deadline.setRemainingTime(answer_patience);
     show_ready();
-    watch_chosen();
+    watch_chosen({});
 }
 
 bool Desk::may_replace_others(int n) {
-    look.wait();
-    served = find_served(directories);
     for (std::size_t i = 0; i < networks.size(); ++i) {
         const QString name = quoted(registered[i].name);
         if (served[i] && static_cast<int>(i) != n &&
@@ -281,19 +307,38 @@ void Desk::show_loading() {
     QApplication::processEvents(QEventLoop::ExcludeUserInputEvents, painting_time);
 }
 
-QString Desk::launch_chosen() {
-    QString reason = claim_start();
+void Desk::launch_chosen() {
+    const QString reason = claim_start();
     if (!reason.isEmpty()) {
-        return reason;
+        give_up_start(reason);
+        return;
     }
-    end_others();
     qputenv("QUORVALE_TERMINAL_TITLE",
             (QStringLiteral("Quorvale : serveur de ") + name_of(*chosen)).toUtf8());
-    terminal_deadline.setRemainingTime(terminal_patience);
+    std::vector<std::string> others;
+    for (std::size_t i = 0; i < networks.size(); ++i) {
+        if (served[i]) {
+            others.push_back(directories[i]);  // they all have the one address
+        }
+    }
+    work([network = *chosen, others] { return launch(network, others); },
+         [this](const Launch& launched) { follow_launch(launched); });
+}
+
+void Desk::follow_launch(const Launch& launched) {
+    old_terminals = launched.old_terminals;
+    if (!launched.obstacle.isEmpty()) {
+        give_up_start(launched.obstacle);
+        return;
+    }
+    state = State::starting;
     was_raised = false;
-    watch_chosen();  // before the launch: it knows the shells that are there already
-    chosen->launch();
-    return {};
+    deadline.setRemainingTime(start_patience);
+    terminal_deadline.setRemainingTime(terminal_patience);
+    if (!screen) {
+        show_ready();
+    }
+    watch_chosen(launched.old_shells);
 }
 
 QString Desk::claim_start() {
@@ -303,26 +348,14 @@ QString Desk::claim_start() {
     if (!start_lock.tryLock() && start_lock.error() == QLockFile::LockFailedError) {
         return QStringLiteral("Une autre fenêtre démarre un réseau. Attendez qu'elle ait fini.");
     }
-    const bool others_run = std::find(served.begin(), served.end(), true) != served.end();
-    return others_run ? QString() : port_obstacle(*chosen);
-}
-
-void Desk::end_others() {
-    for (std::size_t i = 0; i < networks.size(); ++i) {
-        if (served[i]) {
-            old_terminals.push_back(terminal_closer(directories[i]));
-            end_server(directories[i]);  // they all have the one address
-        }
-    }
+    return {};
 }
 
 void Desk::close_old_terminals() {
-    if (!old_terminals.empty()) {
-        closing.wait();
-        closing_terminals = std::move(old_terminals);
-        old_terminals.clear();
-        closing.start();
+    for (const std::function<void()>& close : old_terminals) {
+        threads.start(close);
     }
+    old_terminals.clear();
 }
 
 void Desk::show_ready() {
@@ -333,25 +366,21 @@ void Desk::show_ready() {
     connect(
         screen, &ReadyScreen::list_pressed, this,
         [this] {
-            if (chosen != nullptr) {  // or it was the second of two clicks
+            if (chosen != nullptr && state != State::working) {  // or it was the second of two
                 show_home(latin1_text(chosen->name));
             }
         },
         Qt::QueuedConnection);
 }
 
-void Desk::watch_chosen() {
-    if (!watch) {
-        watch = new NetworkWatch(*chosen, this);
-        connect(watch, &NetworkWatch::looked, this, &Desk::follow);
-    }
+void Desk::watch_chosen(const std::set<pid_t>& old_shells) {
+    leave_watch();
+    watch = new NetworkWatch(*chosen, old_shells, threads, this);
+    connect(watch, &NetworkWatch::looked, this, &Desk::follow);
 }
 
 void Desk::follow(const NetworkState& seen) {
-    if (!screen) {
-        return;
-    }
-    address = seen.address;
+    runs = seen.runs;
     // Not before the new terminal is there: that of gnome-terminal's last window is lost with it.
     if (seen.runs || seen.ended) {
         close_old_terminals();
@@ -361,27 +390,27 @@ void Desk::follow(const NetworkState& seen) {
         window->raise();
         window->activateWindow();
     }
-    if (state == State::starting) {
-        follow_start(seen);
-    } else if (seen.answers) {
-        screen->show_answering(seen);
-    } else {
+    if (state == State::in_service && !seen.answers) {
         screen->show_lost(loss_reason(seen));
+    } else if (seen.answers) {
+        serve(seen);
+    } else if (state == State::starting && has_failed(seen)) {
+        fail_start();
     }
 }
 
-void Desk::follow_start(const NetworkState& seen) {
-    if (seen.answers) {
+bool Desk::has_failed(const NetworkState& seen) const {
+    return seen.ended || deadline.hasExpired() ||
+           (was_launched && terminal_deadline.hasExpired() && !seen.opened);
+}
+
+void Desk::serve(const NetworkState& seen) {
+    screen->show_answering(seen);
+    if (state != State::in_service) {
         state = State::in_service;
         start_lock.unlock();
         watch->set_calm();
-        screen->show_answering(seen);
         open_page();
-        return;
-    }
-    if (seen.ended || deadline.hasExpired() ||
-        (was_launched && terminal_deadline.hasExpired() && !seen.opened)) {
-        fail_start();
     }
 }
 
@@ -391,77 +420,91 @@ void Desk::fail_start() {
     if (!window->isVisible()) {
         return;
     }
+    state = State::explaining;
+    find_start_failure(threads, *screen, *chosen,
+                       [this, shown = screen.data()](const QString& reason) {
+                           const bool waits = screen == shown && state == State::explaining;
+                           if (waits && window->isVisible()) {
+                               give_up_start(reason);
+                           }
+                       });
+}
+
+void Desk::give_up_start(const QString& reason) {
+    start_lock.unlock();
+    close_old_terminals();
     if (was_launched) {
-        watch->disconnect(this);  // its next look would fail the start once more, under the message
-    }
-    QApplication::setOverrideCursor(Qt::BusyCursor);
-    const QString reason = start_failure(*chosen);
-    QApplication::restoreOverrideCursor();
-    if (was_launched) {
+        leave_watch();
         say(*chosen, reason);
         show_home(latin1_text(chosen->name));
         return;
     }
     state = State::in_service;
-    watch->set_calm();
     screen->show_lost(reason);
+    if (!watch) {
+        watch_chosen({});
+    }
+    watch->set_calm();
 }
 
 void Desk::leave_chosen() {
+    leave_watch();
+    close_old_terminals();
+    start_lock.unlock();
+    screen = nullptr;
+    chosen = nullptr;
+}
+
+void Desk::leave_watch() {
     if (watch) {
         watch->disconnect(this);
         watch->deleteLater();  // it may be sending its signal
         watch = nullptr;
     }
-    close_old_terminals();
-    start_lock.unlock();
-    chosen = nullptr;
 }
 
 void Desk::open_page() {
-    open_url(QStringLiteral("http://%1:8000").arg(own_host(latin1_text(getIp()))));
+    work(own_address, [](const QString& address) {
+        open_url(QStringLiteral("http://%1:8000").arg(own_host(address)));
+    });
 }
 
 void Desk::restart_chosen() {
     if (state != State::in_service) {
         return;  // by the first of two clicks
     }
-    state = State::starting;
-    delete watch;
-    screen->show_starting();
-    QApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
-    was_launched = true;
-    deadline.setRemainingTime(start_patience);
-    look.wait();
-    served = find_served(directories);
-    const QString reason = launch_chosen();
+    state = State::working;
+    leave_watch();
+    screen->show_waiting(QStringLiteral("Démarrage…"));
     was_launched = false;  // a failure is told on the screen
-    if (!reason.isEmpty()) {
-        state = State::in_service;
-        screen->show_lost(reason);
-        watch_chosen();
-    }
+    look_before([this] { launch_chosen(); });
 }
 
 void Desk::stop_and_leave() {
-    if (chosen == nullptr) {
+    if (chosen == nullptr || state == State::working) {
         return;  // stopped by the first of two clicks
     }
-    const Network& network = *chosen;
-    leave_chosen();
-    stop(network);
-    show_home(latin1_text(network.name));
+    leave_watch();
+    screen->show_waiting(QStringLiteral("Arrêt…"));
+    stop(*chosen, [this] { show_home(latin1_text(chosen->name)); });
 }
 
-void Desk::stop(const Network& network) {
+void Desk::stop(const Network& network, const std::function<void()>& done) {
+    state = State::working;
     QApplication::setOverrideCursor(Qt::BusyCursor);
-    old_terminals.push_back(terminal_closer(network.path));
-    const bool stopped = end_server(network.path);
-    close_old_terminals();
-    QApplication::restoreOverrideCursor();
-    if (!stopped) {
-        say(network, QStringLiteral("Son serveur n'a pas pu être arrêté. Fermez son terminal."));
-    }
+    const auto end = [directory = network.path] {
+        const std::function<void()> close_terminal = terminal_closer(directory);
+        return std::make_pair(end_server(directory), close_terminal);
+    };
+    work(end, [this, &network, done](const std::pair<bool, std::function<void()>>& ended) {
+        QApplication::restoreOverrideCursor();
+        threads.start(ended.second);
+        if (!ended.first) {
+            say(network,
+                QStringLiteral("Son serveur n'a pas pu être arrêté. Fermez son terminal."));
+        }
+        done();
+    });
 }
 
 QString Desk::name_of(const Network& network) const {

@@ -4,25 +4,26 @@
 #include <QLockFile>
 #include <QObject>
 #include <QPointer>
+#include <QThreadPool>
 #include <QTimer>
 #include <functional>
 #include <memory>
 #include <string>
 #include <vector>
 
-#include "background_look.h"
 #include "network.h"
 #include "network_watch.h"
 #include "networkselectionwindow.h"
 #include "registered_networks.h"
 
 class CreationForm;
+struct Launch;
 class NetworkList;
 class ReadyScreen;
 
 /// The operator's desk: the network selection window with an action behind every control. The
 /// window builds its screens as ever; the desk finds the widgets on them by their names, connects
-/// them, and adds what is missing.
+/// them, and adds what is missing. What may take its time is done on other threads.
 class Desk : public QObject {
     Q_OBJECT
 
@@ -42,7 +43,9 @@ private:
     enum class State {
         at_home,
         in_form,
+        working,     ///< on what was clicked: until that is done, no other click does anything
         starting,    ///< a network was launched, or is asked whether it answers
+        explaining,  ///< why it does not
         in_service,  ///< it has answered; it may have ceased to
     };
 
@@ -54,32 +57,45 @@ private:
     void wire_home();
     void add_menu_buttons();
     void show_menu(int n);
+    /// Looks which networks are in service, now and every two seconds while the home screen stands.
+    void look();
     void mark_running();
     void show_form();
     bool may_close();
 
+    /// Does work on another thread, then `done` with what it returned, unless the window was closed
+    /// meanwhile.
+    template <typename Task, typename Done>
+    void work(Task task, Done done);
+    /// Does `done` once it is known anew which networks are in service.
+    void look_before(const std::function<void()>& done);
+
     /// A click on button n of the home screen.
     void choose(int n);
+    void begin(int n);
     /// Returns whether the network may be started though others are in service: asks.
     bool may_replace_others(int n);
     void show_loading();
     /// Makes the start this program's alone, ends the networks in service and launches the chosen
-    /// one. Returns why it cannot be started now, in French, or an empty text.
-    QString launch_chosen();
+    /// one.
+    void launch_chosen();
+    void follow_launch(const Launch& launched);
     /// Returns why no start can begin, or an empty text: it is then this program's alone.
     QString claim_start();
-    void end_others();
     void close_old_terminals();
     void show_ready();
-    void watch_chosen();
+    void watch_chosen(const std::set<pid_t>& old_shells);
     void follow(const NetworkState& seen);
-    void follow_start(const NetworkState& seen);
+    bool has_failed(const NetworkState& seen) const;
+    void serve(const NetworkState& seen);
     void fail_start();
+    void give_up_start(const QString& reason);
     void leave_chosen();
+    void leave_watch();
     void open_page();
     void restart_chosen();
     void stop_and_leave();
-    void stop(const Network& network);
+    void stop(const Network& network, const std::function<void()>& done);
     QString name_of(const Network& network) const;
     void say(const Network& network, const QString& text);
 
@@ -94,18 +110,15 @@ private:
     const Network* chosen = nullptr;
     bool was_launched = false;  ///< the chosen one, from the home screen
     bool was_raised = false;    ///< over its terminal
-    QString address;            ///< of this machine, when it was last looked at
+    bool runs = false;          ///< its server did, when it was last looked at
     QPointer<NetworkWatch> watch;
     QDeadlineTimer deadline;                           ///< of the start
     QDeadlineTimer terminal_deadline;                  ///< until when its terminal may take to open
     std::vector<std::function<void()>> old_terminals;  ///< each closes one
-    std::vector<std::function<void()>> closing_terminals;  ///< by the thread that may take seconds
-    BackgroundLook closing;
     QLockFile start_lock;  ///< held during a start: one at a time among the operator's desks
 
-    std::vector<std::string> directories;  ///< of the networks, for the look
-    std::vector<bool> found;               ///< by the look; only its thread's while it runs
+    std::vector<std::string> directories;  ///< of the networks
     std::vector<bool> served;              ///< the networks in service, when last seen
     QTimer marking;
-    BackgroundLook look;
+    QThreadPool threads;  ///< waited for at the end
 };

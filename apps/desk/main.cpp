@@ -42,6 +42,8 @@ int main(int argc, char** argv) {
     if (terminal_words.open()) {
         qputenv("QUORVALE_TERMINAL_WORDS", QFile::encodeName(terminal_words.fileName()));
     }
+    // From now on only its value changes, which may be read by a thread that starts a command.
+    qputenv("QUORVALE_TERMINAL_TITLE", "Quorvale");
     Desk desk;
     desk.show_home({});
     show_notice();

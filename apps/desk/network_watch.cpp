@@ -10,14 +10,17 @@
 #include <QUrl>
 #include <algorithm>
 #include <stdexcept>
+#include <utility>
 
+#include "background_work.h"
 #include "hub_utilities.h"
 #include "server_processes.h"
 
 namespace {
 
 /// The name that the network's server is to answer, by the network's own program; empty without it.
-QByteArray name_by_project(const QDir& project) {
+QByteArray name_by_project(const std::string& directory) {
+    const QDir project(QFile::decodeName(directory.c_str()));
     for (const QString& package : project.entryList(QDir::Dirs | QDir::NoDotAndDotDot)) {
         const QString program = project.filePath(package + QStringLiteral("/hubs/names.py"));
         if (QFile::exists(program)) {
@@ -29,6 +32,20 @@ QByteArray name_by_project(const QDir& project) {
     return {};
 }
 
+NetworkState look_at_processes(const std::string& directory, const std::set<pid_t>& old_shells) {
+    NetworkState state;
+    state.address = own_address();
+    const ProjectProcesses processes = find_processes(directory);
+    const std::set<pid_t>& shells = processes.plain_shells;
+    state.runs = !processes.servers.empty();
+    state.ended = !state.runs && !std::includes(old_shells.begin(), old_shells.end(),
+                                                shells.begin(), shells.end());
+    state.opened = processes.any;
+    return state;
+}
+
+}  // namespace
+
 QString own_address() {
     try {
         return QString::fromStdString(getIp());
@@ -36,13 +53,6 @@ QString own_address() {
         return {};
     }
 }
-
-std::set<pid_t> shells_in(const std::string& directory) {
-    const std::vector<pid_t> shells = find_plain_shells(directory);
-    return {shells.begin(), shells.end()};
-}
-
-}  // namespace
 
 QString own_host(const QString& address) {
     return address.isEmpty() ? QStringLiteral("127.0.0.1") : address;
@@ -52,31 +62,30 @@ bool is_reached_by_others(const QString& address) {
     return !address.isEmpty() && !address.startsWith(QStringLiteral("127."));
 }
 
-NetworkWatch::NetworkWatch(const Network& watched, QObject* parent)
-    : QObject(parent),
-      network(watched),
-      old_shells(shells_in(watched.path)),
-      processes([this] { look_at_processes(); }) {
+NetworkWatch::NetworkWatch(const Network& watched, std::set<pid_t> shells, QThreadPool& pool,
+                           QObject* parent)
+    : QObject(parent), network(watched), old_shells(std::move(shells)), threads(pool) {
     web.setProxy(QNetworkProxy::NoProxy);
     timer.setSingleShot(true);
     timer.setInterval(500);
-    connect(&timer, &QTimer::timeout, &processes, [this] { processes.start(); });
-    connect(&processes, &QThread::finished, this, &NetworkWatch::ask);
-    processes.start();
+    connect(&timer, &QTimer::timeout, this, &NetworkWatch::look);
+    look();
 }
 
 void NetworkWatch::set_calm() {
     timer.setInterval(2000);
 }
 
-void NetworkWatch::look_at_processes() {
-    state = {};
-    state.address = own_address();
-    state.runs = !find_server_processes(network.path).empty();
-    const std::set<pid_t> shells = shells_in(network.path);
-    state.ended = !state.runs && !std::includes(old_shells.begin(), old_shells.end(),
-                                                shells.begin(), shells.end());
-    state.opened = state.runs || is_entered(network.path);
+void NetworkWatch::look() {
+    work_in_background(
+        threads, *this,
+        [directory = network.path, shells = old_shells] {
+            return look_at_processes(directory, shells);
+        },
+        [this](const NetworkState& seen) {
+            state = seen;
+            ask();
+        });
 }
 
 void NetworkWatch::ask() {
@@ -100,11 +109,23 @@ void NetworkWatch::judge(QNetworkReply& reply) {
         report();
         return;
     }
-    if (name != own_name) {  // it may have been renamed
-        own_name = name_by_project(QDir(QFile::decodeName(network.path.c_str())));
+    const QUrl page = reply.url().resolved(QUrl(QStringLiteral("/_infos/etat/")));
+    if (name == own_name) {
+        state.answers = true;
+        ask_details(page);
+        return;
     }
-    state.answers = name == own_name;
-    QNetworkRequest request(reply.url().resolved(QUrl(QStringLiteral("/_infos/etat/"))));
+    work_in_background(  // it may have been renamed
+        threads, *this, [directory = network.path] { return name_by_project(directory); },
+        [this, name, page](const QByteArray& read_name) {
+            own_name = read_name;
+            state.answers = name == own_name;
+            ask_details(page);
+        });
+}
+
+void NetworkWatch::ask_details(const QUrl& page) {
+    QNetworkRequest request(page);
     request.setTransferTimeout(5000);
     QNetworkReply* details = web.get(request);
     connect(details, &QNetworkReply::finished, this, [this, details] {

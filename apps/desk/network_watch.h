@@ -5,10 +5,10 @@
 #include <QTimer>
 #include <set>
 
-#include "background_look.h"
 #include "network.h"
 
 class QNetworkReply;
+class QThreadPool;
 
 /// What can be seen of a network at one moment.
 struct NetworkState {
@@ -20,6 +20,9 @@ struct NetworkState {
     QStringList names{};   ///< at which it is reached on the LAN, with their port
     int visitors = 0;      ///< machines that came within the last five minutes
 };
+
+/// Returns this machine's address as the programs find it; empty when it has none. Runs commands.
+QString own_address();
 
 /// Returns the host at which this machine reaches a network of its own: its address, or where
 /// networks are served without one.
@@ -34,8 +37,11 @@ class NetworkWatch : public QObject {
     Q_OBJECT
 
 public:
-    /// Looks from now on, twice a second until set_calm(). The network is copied.
-    NetworkWatch(const Network& watched, QObject* parent);
+    /// Looks from now on, twice a second until set_calm(), on threads of the pool. Plain shells
+    /// that were in the network's directory before do not count as its terminal's. The network is
+    /// copied.
+    NetworkWatch(const Network& watched, std::set<pid_t> shells, QThreadPool& pool,
+                 QObject* parent);
 
     /// Looks every two seconds from now on.
     void set_calm();
@@ -44,9 +50,10 @@ signals:
     void looked(const NetworkState& state);
 
 private:
-    void look_at_processes();
+    void look();
     void ask();
     void judge(QNetworkReply& reply);
+    void ask_details(const QUrl& page);
     void report();
 
     const Network network;
@@ -55,5 +62,5 @@ private:
     QByteArray own_name;  ///< that the network is to answer, as far as it was asked for
     QNetworkAccessManager web;
     QTimer timer;
-    BackgroundLook processes;
+    QThreadPool& threads;
 };

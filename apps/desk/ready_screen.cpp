@@ -52,7 +52,7 @@ ReadyScreen::ReadyScreen(NetworkSelectionWindow& shown, const QString& network_n
     add_buttons();
     add_panel();
     name->setText(network_name);
-    show_starting();
+    show_waiting(QStringLiteral("Démarrage…"));
 }
 
 QPushButton* ReadyScreen::add_button(QHBoxLayout& row, const char* object_name,
@@ -101,8 +101,8 @@ void ReadyScreen::add_panel() {
     static_cast<QVBoxLayout*>(window.layout())->addWidget(panel, 1);
 }
 
-void ReadyScreen::show_starting() {
-    status->setText(QStringLiteral("Démarrage…"));
+void ReadyScreen::show_waiting(const QString& what) {
+    status->setText(what);
     set_lost(false);
     animation->hide();  // its mark says that all is well
     details->clear();

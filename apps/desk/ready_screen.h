@@ -18,7 +18,8 @@ public:
     /// Replaces the window's screen: the network is starting.
     ReadyScreen(NetworkSelectionWindow& shown, const QString& network_name);
 
-    void show_starting();
+    /// Something is being done with the network, as that text says.
+    void show_waiting(const QString& what);
     /// The network answers.
     void show_answering(const NetworkState& state);
     /// The network does not answer any more, for that reason.

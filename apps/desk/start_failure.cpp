@@ -6,7 +6,8 @@
 #include <QStandardPaths>
 #include <algorithm>
 
-#include "hub_utilities.h"
+#include "background_command.h"
+#include "background_work.h"
 #include "network.h"
 #include "network_watch.h"
 #include "registered_networks.h"
@@ -26,18 +27,6 @@ QString port_holder(const QDir& project, const QString& address) {
     return QString::fromUtf8(python.readAllStandardOutput()).trimmed();
 }
 
-/// The last line that Django says of a project which it cannot load, or an empty text.
-QString django_complaint(const QString& directory) {
-    QProcess check;
-    check.setWorkingDirectory(directory);
-    check.start(QStringLiteral("python3"), {QStringLiteral("manage.py"), QStringLiteral("check")});
-    if (!check.waitForFinished(20'000) || check.exitCode() == 0) {
-        return {};
-    }
-    const QString said = QString::fromUtf8(check.readAllStandardError()).trimmed();
-    return said.section(QLatin1Char('\n'), -1).left(300);
-}
-
 /// The end of what the terminal said, which the tool that opens it keeps.
 QString terminal_words() {
     QFile file(qEnvironmentVariable("QUORVALE_TERMINAL_WORDS"));
@@ -48,43 +37,60 @@ QString terminal_words() {
     return QString::fromUtf8(file.readAll()).trimmed();
 }
 
-}  // namespace
-
-QString start_failure(const Network& network) {
+/// The failure that can be seen without Django, or an empty text.
+QString visible_failure(const Network& network) {
     if (!has_project(network.path)) {
         return project_missing(network.path);
     }
-    const std::string address = getIp();
-    if (address.empty()) {
+    const QString address = own_address();
+    if (address.isEmpty()) {
         return QStringLiteral(
             "Cette machine n'a pas d'adresse sur le réseau : vérifiez son câble ou son wifi.");
     }
     if (QStandardPaths::findExecutable(QStringLiteral("gnome-terminal")).isEmpty()) {
         return QStringLiteral("Le terminal, gnome-terminal, n'est pas installé.");
     }
-    if (!find_server_processes(network.path).empty()) {
+    const ProjectProcesses processes = find_processes(network.path);
+    if (!processes.servers.empty()) {
         return QStringLiteral("Il a démarré, mais ne répond pas à l'adresse http://%1:8000.")
-            .arg(own_host(latin1_text(getIp())));
+            .arg(own_host(address));
     }
-    if (!is_entered(network.path)) {
+    if (!processes.any) {
         const QString words = terminal_words();
         return QStringLiteral("Son terminal ne s'est pas ouvert, ou il a été fermé.") +
                (words.isEmpty() ? QString() : QStringLiteral("\n\n") + words);
     }
-    QString obstacle = port_obstacle(network);
-    if (!obstacle.isEmpty()) {
-        return obstacle;
-    }
-    const QString complaint = django_complaint(QFile::decodeName(network.path.c_str()));
-    if (!complaint.isEmpty()) {
-        return QStringLiteral("Django ne peut pas le charger : ") + complaint;
-    }
-    return QStringLiteral("Regardez ce que dit son terminal.");
+    return port_obstacle(network);
+}
+
+}  // namespace
+
+void find_start_failure(QThreadPool& threads, QObject& context, const Network& network,
+                        const std::function<void(const QString&)>& found) {
+    const auto told_by_django = [found](int status, const QString& said) {
+        const int refused = 1;  // another status is that of `timeout`
+        found(status == refused ? QStringLiteral("Django ne peut pas le charger : ") +
+                                      said.section(QLatin1Char('\n'), -1).left(300)
+                                : QStringLiteral("Regardez ce que dit son terminal."));
+    };
+    const auto told = [&context, found, told_by_django,
+                       directory = network.path](const QString& reason) {
+        if (!reason.isEmpty()) {
+            found(reason);
+            return;
+        }
+        const QStringList check{QStringLiteral("timeout"), QStringLiteral("20"),
+                                QStringLiteral("python3"), QStringLiteral("manage.py"),
+                                QStringLiteral("check")};
+        run_in_background(context, check, QFile::decodeName(directory.c_str()), {}, told_by_django);
+    };
+    work_in_background(
+        threads, context, [network] { return visible_failure(network); }, told);
 }
 
 QString port_obstacle(const Network& network) {
     const QString holder =
-        port_holder(QDir(QFile::decodeName(network.path.c_str())), own_host(latin1_text(getIp())));
+        port_holder(QDir(QFile::decodeName(network.path.c_str())), own_host(own_address()));
     return holder.isEmpty()
                ? QString()
                : QStringLiteral(

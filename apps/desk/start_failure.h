@@ -1,17 +1,23 @@
 #pragma once
 
 #include <QString>
+#include <functional>
 
 class Network;
+class QObject;
+class QThreadPool;
 struct NetworkState;
 
-/// Returns why nothing answers at a network's address after a start, in French, as far as it can be
-/// told: no project, no address, no terminal, a port that another program holds, or Django's own
-/// last line. Runs commands and blocks until they have ended, some seconds at most.
-QString start_failure(const Network& network);
+/// Finds out why nothing answers at a network's address after a start, and calls `found` with it,
+/// in French, as far as it can be told: no project, no address, no terminal, a port that another
+/// program holds, or Django's own last line. Returns at once; the answer may take 25 seconds. When
+/// the context is destroyed meanwhile, nothing is called, and Django is ended.
+void find_start_failure(QThreadPool& threads, QObject& context, const Network& network,
+                        const std::function<void(const QString&)>& found);
 
 /// Returns why a network cannot be started, though no other of the operator's is in service:
-/// another program holds the port. Empty when it can, or when it cannot be told.
+/// another program holds the port. Empty when it can, or when it cannot be told. Runs
+/// commands, for ten seconds at most.
 QString port_obstacle(const Network& network);
 
 /// Returns why a network that was in service does not answer any more.

@@ -12,7 +12,7 @@ namespace {
 
 /// Ends the network's server if one runs, and says so. Returns whether one was ended.
 bool stop(const RegisteredNetwork& network) {
-    if (find_server_processes(network.directory).empty()) {
+    if (find_processes(network.directory).servers.empty()) {
         return false;
     }
     const std::string name = network.name.toStdString();

@@ -69,36 +69,57 @@ bool is_own(pid_t pid) {
     return stat(entry_of(pid, "").c_str(), &entry) == 0 && entry.st_uid == geteuid();
 }
 
-/// Whether the process works in the directory, also when that has been removed since.
-bool works_in(pid_t pid, const std::string& directory) {
-    const fs::path own = entry_of(pid, "cwd");
-    std::error_code error;
-    if (fs::equivalent(own, directory, error)) {
-        return true;
-    }
-    const fs::path named = fs::weakly_canonical(fs::path(directory) / "", error).parent_path();
-    return fs::read_symlink(own, error) == named.string() + " (deleted)";
-}
-
-bool is_own_server(pid_t pid) {
-    return is_own(pid) && is_server_command(words_of(pid));
-}
-
-bool serves(pid_t pid, const std::string& directory) {
-    return is_own_server(pid) && works_in(pid, directory);
-}
-
-template <typename Check>
-std::vector<pid_t> find_processes(Check check) {
-    std::vector<pid_t> found;
-    std::error_code error;
-    for (const fs::directory_entry& entry : fs::directory_iterator("/proc", error)) {
-        const pid_t pid = std::atoi(entry.path().filename().c_str());
-        if (pid > 0 && check(pid)) {
-            found.push_back(pid);
+/// The working directory of a process.
+struct WorkingDirectory {
+    explicit WorkingDirectory(pid_t pid) {
+        const fs::path link = entry_of(pid, "cwd");
+        is_known = stat(link.c_str(), &identity) == 0;
+        if (is_known && identity.st_nlink == 0) {
+            std::error_code error;
+            removed = fs::read_symlink(link, error);
         }
     }
-    return found;
+
+    bool is_known;
+    struct stat identity = {};
+    std::string removed{};  ///< the kernel's name of one that has been removed
+};
+
+/// A project directory, however it is named, and also when it has been removed since.
+class Project {
+public:
+    explicit Project(const std::string& directory)
+        : exists(stat(directory.c_str(), &identity) == 0) {
+        std::error_code error;
+        const fs::path named = fs::weakly_canonical(fs::path(directory) / "", error);
+        removed = named.parent_path().string() + " (deleted)";
+    }
+
+    bool is(const WorkingDirectory& other) const {
+        return other.is_known && ((exists && identity.st_dev == other.identity.st_dev &&
+                                   identity.st_ino == other.identity.st_ino) ||
+                                  removed == other.removed);
+    }
+
+private:
+    struct stat identity = {};
+    bool exists;
+    std::string removed{};
+};
+
+bool serves(pid_t pid, const Project& project) {
+    return is_own(pid) && project.is(WorkingDirectory(pid)) && is_server_command(words_of(pid));
+}
+
+/// Adds a process to what was found in its working directory.
+void add(pid_t pid, ProjectProcesses& found) {
+    found.any = true;
+    const std::vector<std::string> words = words_of(pid);
+    if (is_server_command(words)) {
+        found.servers.push_back(pid);
+    } else if (words == std::vector<std::string>{"bash"}) {
+        found.plain_shells.insert(pid);
+    }
 }
 
 pid_t parent_of(pid_t pid) {
@@ -138,7 +159,7 @@ std::vector<Process> hold(const std::vector<pid_t>& pids, Check check) {
 
 std::vector<Process> terminal_shells(const std::string& directory) {
     std::vector<pid_t> parents;
-    for (const pid_t pid : find_server_processes(directory)) {
+    for (const pid_t pid : find_processes(directory).servers) {
         parents.push_back(parent_of(pid));
     }
     return hold(parents, is_terminal_shell);
@@ -165,38 +186,43 @@ bool is_server_command(const std::vector<std::string>& words) {
            fs::path(words[0]).filename().string().rfind("python", 0) == 0;
 }
 
-std::vector<pid_t> find_server_processes(const std::string& directory) {
-    return find_processes([&directory](pid_t pid) { return serves(pid, directory); });
+std::vector<ProjectProcesses> find_all_processes(const std::vector<std::string>& directories) {
+    const std::vector<Project> projects(directories.begin(), directories.end());
+    std::vector<ProjectProcesses> found(projects.size());
+    std::error_code error;
+    for (const fs::directory_entry& entry : fs::directory_iterator("/proc", error)) {
+        const pid_t pid = std::atoi(entry.path().filename().c_str());
+        if (pid <= 0 || !is_own(pid)) {
+            continue;
+        }
+        const WorkingDirectory work(pid);
+        for (std::size_t i = 0; i < projects.size(); ++i) {
+            if (projects[i].is(work)) {
+                add(pid, found[i]);
+            }
+        }
+    }
+    return found;
 }
 
-bool is_entered(const std::string& directory) {
-    return !find_processes([&directory](pid_t pid) {
-                return is_own(pid) && works_in(pid, directory);
-            }).empty();
+ProjectProcesses find_processes(const std::string& directory) {
+    return find_all_processes({directory}).front();
 }
 
 std::vector<bool> find_served(const std::vector<std::string>& directories) {
-    std::vector<bool> served(directories.size());
-    for (const pid_t pid : find_processes(is_own_server)) {
-        for (std::size_t i = 0; i < directories.size(); ++i) {
-            served[i] = served[i] || works_in(pid, directories[i]);
-        }
+    std::vector<bool> served;
+    for (const ProjectProcesses& processes : find_all_processes(directories)) {
+        served.push_back(!processes.servers.empty());
     }
     return served;
 }
 
-std::vector<pid_t> find_plain_shells(const std::string& directory) {
-    return find_processes([&directory](pid_t pid) {
-        return is_own(pid) && words_of(pid) == std::vector<std::string>{"bash"} &&
-               works_in(pid, directory);
-    });
-}
-
 bool end_server(const std::string& directory) {
     for (const int signal : {SIGINT, SIGTERM, SIGKILL}) {
+        const Project project(directory);
         const std::vector<Process> servers =
-            hold(find_server_processes(directory),
-                 [&directory](pid_t pid) { return serves(pid, directory); });
+            hold(find_processes(directory).servers,
+                 [&project](pid_t pid) { return serves(pid, project); });
         if (servers.empty()) {
             break;
         }
@@ -208,7 +234,7 @@ bool end_server(const std::string& directory) {
             server.wait_until(deadline);
         }
     }
-    return find_server_processes(directory).empty();
+    return find_processes(directory).servers.empty();
 }
 
 std::function<void()> terminal_closer(const std::string& directory) {

@@ -3,6 +3,7 @@
 #include <sys/types.h>
 
 #include <functional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -11,22 +12,23 @@
 /// hubs/processes.py decides it by the same rule.
 bool is_server_command(const std::vector<std::string>& words);
 
-/// The processes of this user that serve the network of a project directory, however that is
-/// named, and also when it has been removed since. Django has two of them for each server. Prints
-/// nothing.
-std::vector<pid_t> find_server_processes(const std::string& directory);
+/// The processes of this user whose working directory is a project's, however that is named, and
+/// also when it has been removed since.
+struct ProjectProcesses {
+    std::vector<pid_t> servers{};    ///< Django has two of them for each server
+    std::set<pid_t> plain_shells{};  ///< without a command: a terminal's after its server's end
+    bool any = false;                ///< one at least, as the shell of a terminal that has opened
+};
 
-/// Which of the project directories a server of this user serves, in their order, by one walk
-/// through the process list. Prints nothing.
+/// Returns what runs in each of the project directories, in their order, by one walk through the
+/// process list: some ten milliseconds with 2,000 processes. Prints nothing.
+std::vector<ProjectProcesses> find_all_processes(const std::vector<std::string>& directories);
+
+/// The same for one project directory.
+ProjectProcesses find_processes(const std::string& directory);
+
+/// Which of the project directories a server of this user serves, in their order. Prints nothing.
 std::vector<bool> find_served(const std::vector<std::string>& directories);
-
-/// The shells of this user, without a command, that stand in the directory: a terminal's after its
-/// server has ended. Prints nothing.
-std::vector<pid_t> find_plain_shells(const std::string& directory);
-
-/// Whether a process of this user has the directory as its working directory, as the shell of a
-/// terminal that was opened for its server. Prints nothing.
-bool is_entered(const std::string& directory);
 
 /// Ends the server of a project directory, and the terminal that was opened for it; a shell in
 /// which the operator typed the command stays. Returns whether no process of the server is left, so

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <sys/types.h>
+
+#include <QString>
+#include <functional>
+#include <set>
+#include <string>
+#include <vector>
+
+class Network;
+
+/// What came of a launch.
+struct Launch {
+    QString obstacle{};  ///< why the network was not launched, in French; else empty
+    std::vector<std::function<void()>> old_terminals{};  ///< closes those of the servers it ended
+    std::set<pid_t> old_shells{};  ///< the plain shells in the network's directory before it
+};
+
+/// Ends the servers of those project directories, for they have the address that the network is to
+/// have, then launches it. Not when there are none and another program holds its port. Blocks for
+/// some seconds at most; for any thread.
+Launch launch(const Network& network, const std::vector<std::string>& others);
