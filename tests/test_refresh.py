@@ -182,6 +182,12 @@ class Refresh(unittest.TestCase):
                          b"\xc0 Unlisted|/Unlisted|\n")
         self.assertEqual(self.start(), "")
 
+    def test_networks_that_no_terminal_can_reach(self):
+        self.work = self.work.rename(self.root / "Tesquin (2)")
+        before = (self.work / "networks.data").read_text()
+        self.assertIn(f"Les réseaux de {self.work} ne peuvent pas être repris", self.start())
+        self.assertEqual((self.work / "networks.data").read_text(), before)
+
     def test_network_in_use(self):
         self.write(self.project, {"manage.py": "import sys; print(flush=True); sys.stdin.read()"})
         with subprocess.Popen([sys.executable, "manage.py", "runserver"], cwd=self.project,

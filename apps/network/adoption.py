@@ -18,8 +18,6 @@ _PLAIN_PATH = re.compile(r"[\w/.,:@%+=-]+")
 def _standing():
     """The networks in the working directory, whether they are listed or not."""
     work = Path.cwd()
-    if not _PLAIN_PATH.fullmatch(str(work)):
-        return []
     return [work / entry.name for entry in sorted(os.scandir(), key=lambda entry: entry.name)
             if entry.name[0] != "." and _PLAIN_PATH.fullmatch(entry.name)
             and entry.is_dir(follow_symlinks=False) and registry.is_network(work / entry.name)]
@@ -60,20 +58,24 @@ def _correct(lines):
     """Put the lines right. Returns what to say."""
     listed = {os.path.realpath(network.directory) for network in registry.networks(lines)}
     unlisted = [here for here in _standing() if str(here) not in listed]
+    if unlisted and not _PLAIN_PATH.fullmatch(str(Path.cwd())):
+        return [f"Les réseaux de {Path.cwd()} ne peuvent pas être repris : ce chemin contient un "
+                "espace ou un caractère que le terminal ne prendrait pas tel quel."]
     said = [*_adopt_moved(lines, unlisted), *_adopt_unlisted(lines, unlisted)]
     _follow_names(lines)
     return said
 
 
 def adopt():
-    """Put the registry right. Returns what to say, in French; nothing from then on.
+    """Put the registry right. Returns what to say, in French: once, but for networks that cannot be
+    listed.
 
     Raises OSError, with the registry as it was, if it cannot be read or written."""
     before = registry.read()
     lines = list(before)
-    _correct(lines)
+    said = _correct(lines)
     if lines == before:  # most often; nothing need be written then
-        return []
+        return said
     with registry.locked():
         lines = registry.read()
         said = _correct(lines)
