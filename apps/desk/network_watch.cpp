@@ -93,14 +93,21 @@ void NetworkWatch::ask() {
         report();
         return;
     }
-    QNetworkRequest request(
-        QUrl(QStringLiteral("http://%1:8000/_infos/kl/").arg(own_host(state.address))));
-    request.setTransferTimeout(5000);
-    QNetworkReply* reply = web.get(request);
+    QNetworkReply* reply =
+        get(QUrl(QStringLiteral("http://%1:8000/_infos/kl/").arg(own_host(state.address))));
     connect(reply, &QNetworkReply::finished, this, [this, reply] {
         reply->deleteLater();
         judge(*reply);
     });
+}
+
+QNetworkReply* NetworkWatch::get(const QUrl& page) {
+    QNetworkRequest request(page);
+    request.setTransferTimeout(5000);
+    // As one who comes now: a connection that was kept would be served where none is taken any
+    // more.
+    request.setRawHeader("Connection", "close");
+    return web.get(request);
 }
 
 void NetworkWatch::judge(QNetworkReply& reply) {
@@ -125,9 +132,7 @@ void NetworkWatch::judge(QNetworkReply& reply) {
 }
 
 void NetworkWatch::ask_details(const QUrl& page) {
-    QNetworkRequest request(page);
-    request.setTransferTimeout(5000);
-    QNetworkReply* details = web.get(request);
+    QNetworkReply* details = get(page);
     connect(details, &QNetworkReply::finished, this, [this, details] {
         details->deleteLater();
         const QJsonObject told = QJsonDocument::fromJson(details->read(10'000)).object();

@@ -52,6 +52,7 @@ signals:
 private:
     void look();
     void ask();
+    QNetworkReply* get(const QUrl& page);
     void judge(QNetworkReply& reply);
     void ask_details(const QUrl& page);
     void report();
