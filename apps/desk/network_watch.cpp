@@ -67,8 +67,9 @@ NetworkWatch::NetworkWatch(const Network& watched, std::set<pid_t> shells, QThre
     : QObject(parent), network(watched), old_shells(std::move(shells)), threads(pool) {
     web.setProxy(QNetworkProxy::NoProxy);
     timer.setSingleShot(true);
-    timer.setInterval(500);
+    timer.setInterval(250);
     connect(&timer, &QTimer::timeout, this, &NetworkWatch::look);
+    read_name([] {});  // while the server comes up
     look();
 }
 
@@ -122,12 +123,18 @@ void NetworkWatch::judge(QNetworkReply& reply) {
         ask_details(page);
         return;
     }
-    work_in_background(  // it may have been renamed
+    read_name([this, name, page] {  // it may have been renamed
+        state.answers = name == own_name;
+        ask_details(page);
+    });
+}
+
+void NetworkWatch::read_name(const std::function<void()>& done) {
+    work_in_background(
         threads, *this, [directory = network.path] { return name_by_project(directory); },
-        [this, name, page](const QByteArray& read_name) {
-            own_name = read_name;
-            state.answers = name == own_name;
-            ask_details(page);
+        [this, done](const QByteArray& name) {
+            own_name = name;
+            done();
         });
 }
 

@@ -3,6 +3,7 @@
 #include <QNetworkAccessManager>
 #include <QStringList>
 #include <QTimer>
+#include <functional>
 #include <set>
 
 #include "network.h"
@@ -37,9 +38,9 @@ class NetworkWatch : public QObject {
     Q_OBJECT
 
 public:
-    /// Looks from now on, twice a second until set_calm(), on threads of the pool. Plain shells
-    /// that were in the network's directory before do not count as its terminal's. The network is
-    /// copied.
+    /// Looks from now on, three times a second until set_calm(), on threads of the pool. Plain
+    /// shells that were in the network's directory before do not count as its terminal's. The
+    /// network is copied.
     NetworkWatch(const Network& watched, std::set<pid_t> shells, QThreadPool& pool,
                  QObject* parent);
 
@@ -54,6 +55,7 @@ private:
     void ask();
     QNetworkReply* get(const QUrl& page);
     void judge(QNetworkReply& reply);
+    void read_name(const std::function<void()>& done);
     void ask_details(const QUrl& page);
     void report();
 
