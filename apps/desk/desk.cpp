@@ -37,6 +37,10 @@ QString quoted(const QString& name) {
     return QStringLiteral("« %1 »").arg(name);
 }
 
+QString own_page(const QString& address) {
+    return QStringLiteral("http://%1:8000").arg(own_host(address));
+}
+
 }  // namespace
 
 Desk::Desk() : start_lock(QStringLiteral("start.lock")) {
@@ -410,7 +414,7 @@ void Desk::serve(const NetworkState& seen) {
         state = State::in_service;
         start_lock.unlock();
         watch->set_calm();
-        open_page();
+        open_url(own_page(seen.address));
     }
 }
 
@@ -464,9 +468,7 @@ void Desk::leave_watch() {
 }
 
 void Desk::open_page() {
-    work(own_address, [](const QString& address) {
-        open_url(QStringLiteral("http://%1:8000").arg(own_host(address)));
-    });
+    work(own_address, [](const QString& address) { open_url(own_page(address)); });
 }
 
 void Desk::restart_chosen() {

@@ -69,7 +69,7 @@ void find_start_failure(QThreadPool& threads, QObject& context, const Network& n
                         const std::function<void(const QString&)>& found) {
     const auto told_by_django = [found](int status, const QString& said) {
         const int refused = 1;  // another status is that of `timeout`
-        found(status == refused ? QStringLiteral("Django ne peut pas le charger : ") +
+        found(status == refused ? QStringLiteral("Django ne peut pas le charger : ") +
                                       said.section(QLatin1Char('\n'), -1).left(300)
                                 : QStringLiteral("Regardez ce que dit son terminal."));
     };

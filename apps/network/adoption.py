@@ -59,7 +59,7 @@ def _correct(lines):
     listed = {os.path.realpath(network.directory) for network in registry.networks(lines)}
     unlisted = [here for here in _standing() if str(here) not in listed]
     if unlisted and not _PLAIN_PATH.fullmatch(str(Path.cwd())):
-        return [f"Les réseaux de {Path.cwd()} ne peuvent pas être repris : ce chemin contient un "
+        return [f"Les réseaux de {Path.cwd()} ne peuvent pas être repris : ce chemin contient un "
                 "espace ou un caractère que le terminal ne prendrait pas tel quel."]
     said = [*_adopt_moved(lines, unlisted), *_adopt_unlisted(lines, unlisted)]
     _follow_names(lines)
