@@ -5,6 +5,7 @@ Saves a picture of each page in the directory that the variable PICTURES names, 
 """
 
 import os
+import socket
 import tempfile
 import unittest
 from pathlib import Path
@@ -25,22 +26,32 @@ DOT = b"GIF89a\1\0\1\0\x80\0\0\0\0\0\xff\xff\xff,\0\0\0\0\1\0\1\0\0\2\2D\1\0;"
 
 
 class PagesTest(ServedNetworkTest):
-    def start_browser(self):
+    @classmethod
+    def setUpClass(cls):
+        """Start the browser, which is led from a network's address to a port for the servers."""
+        super().setUpClass()
         home = tempfile.TemporaryDirectory()
-        self.addCleanup(home.cleanup)
-        self.downloads = Path(home.name)
+        cls.addClassCleanup(home.cleanup)
+        with socket.socket() as probe:
+            probe.bind(("127.0.0.1", 0))
+            cls.server_port = probe.getsockname()[1]
         options = webdriver.ChromeOptions()
         for option in [
                 "headless=new", "no-sandbox", "disable-gpu", "disable-quic", "no-first-run",
                 "disable-background-networking", "disable-component-update", "disable-sync",
                 "disable-dev-shm-usage", "no-proxy-server", f"user-data-dir={home.name}/profile",
-                f"host-resolver-rules=MAP {ADDRESS} 127.0.0.1:{self.port}, MAP * ~NOTFOUND, "
+                f"host-resolver-rules=MAP {ADDRESS} 127.0.0.1:{cls.server_port}, MAP * ~NOTFOUND, "
                 "EXCLUDE 127.0.0.1"]:
             options.add_argument(f"--{option}")
         options.set_capability("goog:loggingPrefs", {"browser": "ALL"})
         service = Service("/usr/bin/chromedriver", env={**ENVIRONMENT, "HOME": home.name})
-        self.browser = webdriver.Chrome(service=service, options=options)
-        self.addCleanup(self.browser.quit)
+        cls.browser = webdriver.Chrome(service=service, options=options)
+        cls.addClassCleanup(cls.browser.quit)
+
+    def setUp(self):
+        super().setUp()
+        self.port = self.server_port
+        self.browser.delete_all_cookies()
 
     def resize(self, width):
         self.browser.execute_cdp_cmd("Emulation.setDeviceMetricsOverride", {
@@ -98,7 +109,6 @@ class PagesTest(ServedNetworkTest):
         lesson.write_text("La leçon", "utf-8")
         self.make_account()
         self.start_server()
-        self.start_browser()
 
         (self.offered / "Point.gif").write_bytes(DOT)
         os.utime(self.offered / "Point.gif", (10**9, 10**9))
@@ -194,7 +204,6 @@ class PagesTest(ServedNetworkTest):
         (self.handed_in / ".ouverte").touch()
         self.make_account()
         self.start_server()
-        self.start_browser()
         self.visit("/remettre/")
         self.fill("Votre nom", "Léa")
         self.fill("Fichiers", self.large_file("film.mp4", 5))
