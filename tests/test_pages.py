@@ -8,7 +8,6 @@ import os
 import socket
 import tempfile
 import unittest
-from pathlib import Path
 
 from selenium import webdriver
 from selenium.webdriver.chrome.service import Service
