@@ -73,7 +73,7 @@ void AccountForm::complete_section() {
         ->setText(QStringLiteral(
             "<div style='font-size:24px;font-weight:bold;'>Ajouter un compte</div>"));
     QLayout* section = panel->parentWidget()->layout();
-    section->setContentsMargins(10, 10, 10, 0);
+    section->setContentsMargins(10, 5, 10, 0);
     section->setSpacing(0);
     explanation->setStyleSheet(QStringLiteral("color:#333;margin:4px 10px;"));
     for (QLabel* label : {explanation, result}) {
