@@ -76,7 +76,6 @@ void Desk::renew_window() {
     old->deleteLater();      // one of its widgets may be sending a signal
     window->setLayout(fresh.layout());
     fresh.findChild<QSignalMapper*>(QStringLiteral("network_mapper"))->setParent(window.get());
-    window->setStyleSheet(fresh.styleSheet());
     window->setPalette(fresh.palette());
     window->setWindowTitle(fresh.windowTitle());
 }
@@ -104,6 +103,8 @@ void Desk::show_home(const QString& focused_network) {
     state = State::at_home;
     read_networks();
     wire_home();
+    // Now that the list has moved: what is hidden keeps the font of its old place.
+    window->setStyleSheet(QString::fromLatin1(white_page_style));
     served.assign(networks.size(), false);  // until the look has ended
     look();
     mark_running();
