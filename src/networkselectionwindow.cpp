@@ -14,6 +14,14 @@
 #include "open_url.h"
 #include "screen_pieces.h"
 
+namespace {
+
+const char* const banner_text =
+    "<div><span style='font-size:60px;'> Quorvale </span></div> "
+    "<div style='margin-top:1px;text-align:center;'> Modernisez la Gestion de vos ressources ";
+
+}  // namespace
+
 NetworkSelectionWindow::NetworkSelectionWindow(QWidget* parent) : QDialog(parent) {
     setWindowTitle(QStringLiteral("Accueil Quorvale"));
     main_mode();
@@ -32,11 +40,7 @@ void NetworkSelectionWindow::main_mode() {
     picture->setScaledContents(true);
     picture->setFixedSize(400, 328);
 
-    auto* banner = named(
-        "banner",
-        new QLabel(QStringLiteral(
-            "<div><span style='font-size:60px;'> Quorvale </span></div> "
-            "<div style='margin-top:1px;text-align:center;'> Modernisez la Gestion de vos ressources ")));
+    auto* banner = named("banner", new QLabel(QString::fromLatin1(banner_text)));
     banner->setWordWrap(true);
 
     auto* list_panel = named("network_list", new QWidget);
