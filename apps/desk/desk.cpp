@@ -43,9 +43,8 @@ QString own_page(const QString& address) {
 
 }  // namespace
 
-Desk::Desk() : start_lock(QStringLiteral("start.lock")) {
-    start_lock.setStaleLockTime(0);  // only a dead program's lock is taken over
-    threads.setMaxThreadCount(16);   // they wait more than they compute
+Desk::Desk() {
+    threads.setMaxThreadCount(16);  // they wait more than they compute
     marking.setInterval(2000);
     marking.setSingleShot(true);
     connect(&marking, &QTimer::timeout, this, &Desk::look);
@@ -93,15 +92,22 @@ void Desk::read_networks() {
     registered.resize(networks.size());  // should the file have changed meanwhile
 }
 
+bool Desk::has_other_buttons() const {
+    const auto buttons = window->findChildren<QPushButton*>(QStringLiteral("network_button"));
+    return static_cast<std::size_t>(buttons.size()) != networks.size();
+}
+
 void Desk::show_home(const QString& focused_network) {
     leave_chosen();
-    if (window) {
-        renew_window();
-    } else {
-        open_window();
-    }
+    do {
+        if (window) {
+            renew_window();
+        } else {
+            open_window();
+        }
+        read_networks();
+    } while (has_other_buttons());
     state = State::at_home;
-    read_networks();
     wire_home();
     // Now that the list has moved: what is hidden keeps the font of its old place.
     window->setStyleSheet(QString::fromLatin1(white_page_style));
@@ -350,7 +356,8 @@ QString Desk::claim_start() {
     if (!has_project(chosen->path)) {
         return project_missing(chosen->path);
     }
-    if (!start_lock.tryLock() && start_lock.error() == QLockFile::LockFailedError) {
+    start_lock.emplace("start.lock");
+    if (start_lock->is_taken_by_other()) {
         return QStringLiteral("Une autre fenêtre démarre un réseau. Attendez qu'elle ait fini.");
     }
     return {};
@@ -413,14 +420,14 @@ void Desk::serve(const NetworkState& seen) {
     screen->show_answering(seen);
     if (state != State::in_service) {
         state = State::in_service;
-        start_lock.unlock();
+        start_lock.reset();
         watch->set_calm();
         open_url(own_page(seen.address));
     }
 }
 
 void Desk::fail_start() {
-    start_lock.unlock();
+    start_lock.reset();
     close_old_terminals();
     if (!window->isVisible()) {
         return;
@@ -436,7 +443,7 @@ void Desk::fail_start() {
 }
 
 void Desk::give_up_start(const QString& reason) {
-    start_lock.unlock();
+    start_lock.reset();
     close_old_terminals();
     if (was_launched) {
         leave_watch();
@@ -455,7 +462,7 @@ void Desk::give_up_start(const QString& reason) {
 void Desk::leave_chosen() {
     leave_watch();
     close_old_terminals();
-    start_lock.unlock();
+    start_lock.reset();
     screen = nullptr;
     chosen = nullptr;
 }

@@ -1,16 +1,17 @@
 #pragma once
 
 #include <QDeadlineTimer>
-#include <QLockFile>
 #include <QObject>
 #include <QPointer>
 #include <QThreadPool>
 #include <QTimer>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
+#include "file_lock.h"
 #include "network.h"
 #include "network_watch.h"
 #include "networkselectionwindow.h"
@@ -54,6 +55,8 @@ private:
     /// stays: under Wayland, a new one could not tell where it is to come.
     void renew_window();
     void read_networks();
+    /// Returns whether the list changed between the window's reading and the desk's.
+    bool has_other_buttons() const;
     void wire_home();
     void add_menu_buttons();
     void show_menu(int n);
@@ -115,7 +118,7 @@ private:
     QDeadlineTimer deadline;                           ///< of the start
     QDeadlineTimer terminal_deadline;                  ///< until when its terminal may take to open
     std::vector<std::function<void()>> old_terminals;  ///< each closes one
-    QLockFile start_lock;  ///< held during a start: one at a time among the operator's desks
+    std::optional<FileLock> start_lock;  ///< of a start: one at a time among the operator's desks
 
     std::vector<std::string> directories;  ///< of the networks
     std::vector<bool> served;              ///< the networks in service, when last seen

@@ -17,7 +17,7 @@ struct NetworkState {
     bool runs = false;     ///< a process serves it
     bool opened = false;   ///< a process stands in its directory: its terminal is there
     bool ended = false;    ///< its terminal has a plain shell that was not there at first
-    bool answers = false;  ///< it answers at `host`, by its own name
+    bool answers = false;  ///< it answers at that address, by its own name
     QStringList names{};   ///< at which it is reached on the LAN, with their port
     int visitors = 0;      ///< machines that came within the last five minutes
 };

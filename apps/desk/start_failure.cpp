@@ -18,7 +18,9 @@ namespace {
 
 /// Who listens where the network is to, in French; empty when nobody does or it cannot be told. The
 /// network's own program says it, which would say the same in its terminal.
-QString port_holder(const QDir& project, const QString& address) {
+QString port_holder(const QString& directory, const QString& address) {
+    const QDir project(
+        QDir(directory).canonicalPath());  // a link has another name than its package
     QProcess python;
     python.start(QStringLiteral("python3"),
                  {project.filePath(project.dirName() + QStringLiteral("/hubs/processes.py")),
@@ -90,7 +92,7 @@ void find_start_failure(QThreadPool& threads, QObject& context, const Network& n
 
 QString port_obstacle(const Network& network) {
     const QString holder =
-        port_holder(QDir(QFile::decodeName(network.path.c_str())), own_host(own_address()));
+        port_holder(QFile::decodeName(network.path.c_str()), own_host(own_address()));
     return holder.isEmpty()
                ? QString()
                : QStringLiteral(

@@ -22,3 +22,7 @@ bool FileLock::take() const {
     } while (status != 0 && errno == EINTR);
     return status == 0;
 }
+
+bool FileLock::is_taken_by_other() const {
+    return flock(descriptor, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK;
+}

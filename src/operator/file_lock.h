@@ -14,6 +14,10 @@ public:
     /// file cannot be written.
     bool take() const;
 
+    /// Takes the lock if no other has it. Returns whether another has; false also when the file
+    /// cannot be written, for then nobody is kept out.
+    bool is_taken_by_other() const;
+
 private:
     int descriptor;
 };

@@ -190,8 +190,8 @@ std::vector<ProjectProcesses> find_all_processes(const std::vector<std::string>&
     const std::vector<Project> projects(directories.begin(), directories.end());
     std::vector<ProjectProcesses> found(projects.size());
     std::error_code error;
-    for (const fs::directory_entry& entry : fs::directory_iterator("/proc", error)) {
-        const pid_t pid = std::atoi(entry.path().filename().c_str());
+    for (fs::directory_iterator entry("/proc", error), end; entry != end; entry.increment(error)) {
+        const pid_t pid = std::atoi(entry->path().filename().c_str());
         if (pid <= 0 || !is_own(pid)) {
             continue;
         }
