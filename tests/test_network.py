@@ -57,7 +57,7 @@ class Network(unittest.TestCase):
         self.package = self.project / "Ete"
         self.copy = self.root / "copie"
         self.environment = {**os.environ, "LC_ALL": "C", "PYTHONUTF8": "0", "HOME": str(self.root),
-                            "PATH": self.path, "GIO_USE_VFS": "local"}
+                            "PATH": self.path}
 
     def new_work(self, name, recorded, ignore=None):
         work = self.root / name
