@@ -219,6 +219,7 @@ class ServerTest(ServedNetworkTest):
             verdict, *words = line.split(b"|")
             self.assertEqual(processes.is_server_command(words), verdict == b"yes", line)
         self.start_server()
+        self.ask("/_infos/kl/")  # all its modules are loaded then
         shutil.rmtree(self.project)
         self.assertIn(self.project, [directory for _, directory in processes.networks()])
         processes.end(self.project)
