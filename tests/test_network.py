@@ -126,8 +126,8 @@ class Network(unittest.TestCase):
         (self.work / ".networks.data.partiel").mkdir()  # the registry cannot be written
         self.refused("répertoire", "rename", "--", "Ete", "Neuf")
 
-    def test_copy_and_restore(self):
-        """While it is served, with accounts half changed; into another home."""
+    def fill(self):
+        """Puts into the network what a copy has to take, to leave out or to refuse."""
         ressources, pages = self.package / "ressources", self.package / "templates"
         (ressources / "Suites").mkdir()
         for path, content in ((ressources / "Suites/é.txt", "é"), (ressources / ".tmp1", "half"),
@@ -144,6 +144,11 @@ class Network(unittest.TestCase):
         settings = self.package / "settings.py"
         settings.rename(self.root / "mine.py").write_text("mine")
         settings.symlink_to(self.root / "mine.py")
+
+    def test_copy_and_restore(self):
+        """While it is served, with accounts half changed; into another home."""
+        self.fill()
+        ressources = self.package / "ressources"
         (ressources / ("d/" * 40)).mkdir(parents=True)
         (ressources / ("d/" * 40) / "a").touch()
         self.refused("les uns dans les autres", "copy", "Été", str(self.copy))
@@ -200,17 +205,19 @@ class Network(unittest.TestCase):
                     setattr(info, change, value)
                 archive.writestr(info, content)
 
-    def test_hostile_copies(self):
-        def database(*statements):
-            path = self.root / "made.sqlite3"
-            shutil.copy(self.project / "db.sqlite3", path)
-            with sqlite3.connect(path) as opened:
-                for statement in statements:
-                    opened.execute(statement)
-            content = path.read_bytes()
-            path.unlink()
-            return content
+    def database(self, *statements):
+        """The bytes of the network's database after the statements."""
+        path = self.root / "made.sqlite3"
+        shutil.copy(self.project / "db.sqlite3", path)
+        with sqlite3.connect(path) as opened:
+            for statement in statements:
+                opened.execute(statement)
+        content = path.read_bytes()
+        path.unlink()
+        return content
 
+    def test_hostile_copies(self):
+        database = self.database
         fit = {"nom.txt": "Copie", "db.sqlite3": database(), "ressources/a": "a"}
         link = {"external_attr": (stat.S_IFLNK | 0o777) << 16}
         for name in ("../out", "/tmp/out", "ressources/../../out", "ressources//a", "ressources/",

@@ -103,15 +103,31 @@ class PagesTest(ServedNetworkTest):
     def test_pages(self):
         for number in range(50):
             self.offer(f"Fiche {number:02}.pdf", "%PDF")
+        (self.offered / "Point.gif").write_bytes(DOT)
+        os.utime(self.offered / "Point.gif", (10**9, 10**9))
         (self.project / "nom.txt").write_text("Atelier de l'été", "utf-8")
         lesson = self.project / "Leçon <1> & 2.txt"
         lesson.write_text("La leçon", "utf-8")
         self.make_account()
         self.start_server()
+        self.look_around()
+        self.log_in_by_page()
+        self.look("page-equipe")
+        self.offer_and_remove(lesson)
+        self.visit("/?page=2")
+        self.press("Ouvrir la remise")
+        self.shows("Ouverte")
+        staff = self.browser.get_cookies()
+        self.browser.delete_all_cookies()
+        self.hand_in_twice(lesson)
+        self.browser.delete_all_cookies()
+        for cookie in staff:
+            self.browser.add_cookie(cookie)
+        self.remove_what_was_handed_in()
+        self.project_the_address()
+        self.log_out()
 
-        (self.offered / "Point.gif").write_bytes(DOT)
-        os.utime(self.offered / "Point.gif", (10**9, 10**9))
-
+    def look_around(self):
         self.visit("/ressources/Point.gif")
         self.assertEqual(self.browser.execute_script("return document.images[0].naturalWidth"), 1)
         self.assertEqual(self.browser.get_log("browser"), [])
@@ -122,8 +138,7 @@ class PagesTest(ServedNetworkTest):
         self.press("Suivante")
         self.shows("Page 2 sur 2")
 
-        self.log_in_by_page()
-        self.look("page-equipe")
+    def offer_and_remove(self, lesson):
         self.fill("Fichiers", lesson)
         self.press("Envoyer")
         self.shows("« Leçon <1> & 2.txt » est maintenant proposé.")
@@ -135,11 +150,7 @@ class PagesTest(ServedNetworkTest):
         self.shows("a été supprimé.")
         self.assertFalse((self.offered / lesson.name).exists())
 
-        self.visit("/?page=2")
-        self.press("Ouvrir la remise")
-        self.shows("Ouverte")
-        staff = self.browser.get_cookies()
-        self.browser.delete_all_cookies()
+    def hand_in_twice(self, lesson):
         self.visit("/")
         self.press("Remettre des fichiers")
         self.fill("Votre nom", "Léa Martin")
@@ -151,9 +162,7 @@ class PagesTest(ServedNetworkTest):
         self.assertEqual((self.handed_in / "Léa Martin — Leçon <1> & 2 (2).txt").read_text("utf-8"),
                          "La leçon")
 
-        self.browser.delete_all_cookies()
-        for cookie in staff:
-            self.browser.add_cookie(cookie)
+    def remove_what_was_handed_in(self):
         self.visit("/remis/")
         self.shows("Léa Martin, le ")
         self.look("remis")
@@ -162,12 +171,15 @@ class PagesTest(ServedNetworkTest):
         self.shows("a été supprimé.")
         self.assertEqual(len(list(self.handed_in.glob("[!.]*"))), 1)
 
+    def project_the_address(self):
         self.press("Adresse à projeter")
         self.shows(f"http://127.0.0.1:{self.port}")  # this server's own, whatever was asked
         self.look("adresse")
         tall = self.browser.execute_script("return document.documentElement.scrollHeight")
         code = self.browser.find_elements(By.CSS_SELECTOR, ".code svg")
         self.assertEqual((tall, len(code)), (720, 1))
+
+    def log_out(self):
         self.visit("/")
         self.visit("/admin/logout/")  # as a link leads there, in the administration
         self.shows("Rester connecté")
@@ -198,12 +210,28 @@ class PagesTest(ServedNetworkTest):
             "uploadThroughput": bytes_a_second})
 
     def test_sending(self):
+        """With progress, a cut and too much; without JavaScript; after the end of a log-in."""
         self.bound("HANDED_IN_FILE_BYTES", 6 << 20)
         self.handed_in.mkdir(0o700)
         (self.handed_in / ".ouverte").touch()
         self.make_account()
         self.start_server()
         self.visit("/remettre/")
+        self.send_with_a_cut()
+        self.send_too_much()
+        self.browser.execute_cdp_cmd("Emulation.setScriptExecutionDisabled", {"value": True})
+        self.visit("/remettre/")
+        self.fill("Fichiers", self.large_file("sans.bin", 1))
+        self.press("Remettre")
+        self.shows("« sans.bin » a bien été remis")
+        self.browser.execute_cdp_cmd("Emulation.setScriptExecutionDisabled", {"value": False})
+        self.log_in_by_page()
+        self.browser.delete_cookie("session_Atelier")
+        self.fill("Fichiers", self.large_file("plan.odt", 1))
+        self.press("Envoyer")
+        self.shows("Votre connexion a pris fin")
+
+    def send_with_a_cut(self):
         self.fill("Votre nom", "Léa")
         self.fill("Fichiers", self.large_file("film.mp4", 5))
         self.throttle(200_000)
@@ -227,25 +255,13 @@ class PagesTest(ServedNetworkTest):
         self.shows("« film.mp4 » a bien été remis")
         self.assertEqual((self.handed_in / "Léa — film.mp4").stat().st_size, 5 << 20)
 
+    def send_too_much(self):
         self.fill("Fichiers", self.large_file("long.mp4", 7))
         self.press("Remettre")
         self.shows("Trop gros : 7 Mio en tout")
         self.drop()
         self.press("Remettre")
         self.shows("« glissé.txt » a bien été remis")
-
-        self.browser.execute_cdp_cmd("Emulation.setScriptExecutionDisabled", {"value": True})
-        self.visit("/remettre/")
-        self.fill("Fichiers", self.large_file("sans.bin", 1))
-        self.press("Remettre")
-        self.shows("« sans.bin » a bien été remis")
-        self.browser.execute_cdp_cmd("Emulation.setScriptExecutionDisabled", {"value": False})
-
-        self.log_in_by_page()
-        self.browser.delete_cookie("session_Atelier")
-        self.fill("Fichiers", self.large_file("plan.odt", 1))
-        self.press("Envoyer")
-        self.shows("Votre connexion a pris fin")
 
 
 if __name__ == "__main__":

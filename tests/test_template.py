@@ -57,6 +57,10 @@ json.dump([state.status_code if state.status_code != 200 else state.json()["visi
            for state in states], sys.stdout)
 """
 
+STAFF_PAGES = ["/remis/", "/remis/secret.txt", "/remis/secret.txt/retirer", "/remis/tout.zip",
+               "/remettre/ouverture/", "/remettre/vider/", "/depot/",
+               "/supprimer/Bienvenue.txt", "/remplacer/Bienvenue.txt"]
+
 
 class TemplateTest(ServedNetworkTest):
     def setUp(self):
@@ -94,6 +98,19 @@ class TemplateTest(ServedNetworkTest):
             status, headers, received = self.ask(path)
             self.assertEqual((status, received), (200, body))
             self.assertEqual(headers[header][:len(value)], value)
+        for number in range(10000):
+            (self.offered / f"{number}.txt").touch()
+        (self.project / "nom.txt").write_text("\ufeff\n Neuf", "utf-8")
+        self.ask("/")
+        page = self.ask("/?page=2")[2].decode()
+        self.assertEqual((page.count("<li>"), "Page 2 sur 201" in page), (50, True))
+        self.assertIn("<h1>Neuf</h1>", page)
+
+    def test_what_visitors_are_refused(self):
+        for name in (".cache.txt", "a\nb.txt", "\udce9.txt"):
+            self.offer(name)
+        (self.offered / "lien.txt").symlink_to(self.settings)
+        self.start_server()
         for path, expected in [
                 ("/static/style.css", 200), ("/static/admin/css/base.css", 200), ("/admin/", 302),
                 ("/static/../settings.py", 400), ("/static/%2e%2e/settings.py", 400),
@@ -112,13 +129,6 @@ class TemplateTest(ServedNetworkTest):
                 self.assertEqual(client.recv(12)[9:], status, head[:40])
         key = self.project / "secret_key"
         self.assertEqual((key.stat().st_mode & 0o777, len(key.read_text())), (0o600, 50))
-        for number in range(10000):
-            (self.offered / f"{number}.txt").touch()
-        (self.project / "nom.txt").write_text("\ufeff\n Neuf", "utf-8")
-        self.ask("/")
-        page = self.ask("/?page=2")[2].decode()
-        self.assertEqual((page.count("<li>"), "Page 2 sur 201" in page), (50, True))
-        self.assertIn("<h1>Neuf</h1>", page)
 
     def test_names_and_address(self):
         name = self.project / "nom.txt"
@@ -185,13 +195,11 @@ class TemplateTest(ServedNetworkTest):
         for path in ("Cours/Été/L’œuvre.txt", "Cours/.caché.txt", ".caché/x.txt",
                      "Cours/a\nb/x.txt", "Cours/B.txt", "Cours/a#1.txt", "Cours/a\\..\\x.txt"):
             self.offer(path)
-        work = self.offered / "Cours/Été/L’œuvre.txt"
         self.bound("COPYING_SECONDS", 60)
         self.offer("Cours/arrive#1.txt", seconds_ago=0)
         (self.offered / "Cours" / "lien").symlink_to(outside)
         (self.offered / "Cours" / "lien.txt").symlink_to("B.txt")
         os.mkfifo(self.offered / "Cours" / "tube")
-        self.make_account()
         self.start_server()
         links = 'href="(/ressources/[^"]*)">'
         self.assertEqual(re.findall(links, self.ask("/")[2].decode()),
@@ -220,6 +228,14 @@ class TemplateTest(ServedNetworkTest):
         found = re.findall(links, self.ask("/?q=oeuvre+L%27")[2].decode())
         self.assertEqual(found, ["/ressources/" + quote("Cours/Été/L’œuvre.txt"),
                                  "/ressources/" + quote("Cours/Été/")])
+
+    def test_folders_of_staff(self):
+        work, other = self.offer("Cours/Été/L’œuvre.txt"), self.offer("Cours/B.txt")
+        for name in ("lien", "lien.txt", "lien.odt"):
+            (self.offered / "Cours" / name).symlink_to("B.txt")
+        os.mkfifo(self.offered / "Cours" / "tube")
+        self.make_account()
+        self.start_server()
         self.log_in("zoé", "un mot de passe")
         for name, content, kept in [("neuf.odt", "neuf", "contenu"), ("neuf.TXT", "neuf", "neuf")]:
             self.send(name, content, "/remplacer/" + quote("Cours/Été/L’œuvre.txt"), "fichier")
@@ -228,15 +244,14 @@ class TemplateTest(ServedNetworkTest):
         self.assertIn("4 éléments", self.ask("/ressources/Cours/")[2].decode())
         answer = self.send("B.txt", "", "/supprimer/Cours/B.txt")
         self.assertEqual((answer[0], answer[1]["Location"]), (302, "/ressources/Cours/"))
-        self.assertFalse((self.offered / "Cours" / "B.txt").exists())
+        self.assertFalse(other.exists())
 
     def output(self, typed, *words):
         """What Python prints in the project, called with these words."""
         return subprocess.run(("python3", *words), cwd=self.project, env=ENVIRONMENT, input=typed,
                               stdout=subprocess.PIPE, text=True, check=True).stdout
 
-    def test_uploads(self):
-        self.bound("OFFERED_AT_ONCE", 2)
+    def test_accounts(self):
         run_in(self.project, "python3", "manage.py", "migrate", "--verbosity", "0")
         listed = "super\tx\t\nstandard\tzoé\tZoé de Łódź\n"
         self.output("un autre mot de passe\n", "manage.py", "compte", "standard", "--", "zoé",
@@ -260,11 +275,14 @@ class TemplateTest(ServedNetworkTest):
             self.assertEqual(bool(out), words == ("liste",))
         self.assertEqual([out for _, out, _ in done if out],
                          ["invite\thôte\t\n" + listed, listed])
+
+    def test_uploads(self):
+        self.bound("OFFERED_AT_ONCE", 2)
+        self.make_account()
         self.start_server()
         answer = self.send("a.txt", "a")
         self.assertEqual((answer[0], b"Formulaire p" in answer[2]), (403, True))
-        self.assertEqual([self.log_in("zoé", "faux") for _ in range(4)], [(200, False)] * 4)
-        self.assertEqual(self.log_in("zoé", "un mot de passe"), (302, False))
+        self.log_in("zoé", "un mot de passe")
         self.assertLessEqual({"csrf_Atelier", "session_Atelier"}, set(self.cookies))
         (self.offered / "lien.txt").symlink_to(self.project / "dehors.txt")
         for name, content in [("Été 1.txt", "premier" * 20_000), ("Été 1.txt", "second"),
@@ -282,6 +300,12 @@ class TemplateTest(ServedNetworkTest):
         page = self.ask("/")[2].decode()
         self.assertIn("existe déjà\xa0: il n&#x27;a pas été remplacé", page)
         self.assertEqual(self.ask("/supprimer/%00")[0], 404)
+
+    def test_tries_to_log_in(self):
+        self.make_account()
+        self.start_server()
+        self.assertEqual([self.log_in("zoé", "faux") for _ in range(4)], [(200, False)] * 4)
+        self.assertEqual(self.log_in("zoé", "un mot de passe"), (302, False))
         self.cookies = {}
         tries = [self.log_in("zoé", "faux") for _ in range(6)] + [
             self.log_in("zoé", "un mot de passe"), self.log_in("luc", "faux")]
@@ -301,9 +325,7 @@ class TemplateTest(ServedNetworkTest):
         (self.handed_in / "secret.txt").write_text("secret")
         self.start_server()
         self.log_in("inconnu", "faux")  # brings the token of forms
-        for path in ["/remis/", "/remis/secret.txt", "/remis/secret.txt/retirer", "/depot/",
-                     "/remettre/ouverture/", "/supprimer/Bienvenue.txt", "/remis/tout.zip",
-                     "/remettre/vider/", "/remplacer/Bienvenue.txt"]:
+        for path in STAFF_PAGES:
             answer = self.ask(path)
             self.assertEqual((answer[0], answer[1]["Location"][:13]), (302, "/admin/login/"), path)
             for size in (1, 200_000):
@@ -311,8 +333,8 @@ class TemplateTest(ServedNetworkTest):
                 self.assertIn((answer[0], b"Votre connexion a pris fin" in answer[2]),
                               [(403, True), (405, False), (413, False)], path)
         self.assertEqual(answer[0], 403)  # of a form, whatever its size
-        closed = [self.ask("/remettre/"), self.send("a.txt", "a", "/remettre/", "fichier"),
-                  self.send("a.txt", "a" * 150_000, "/remettre/", "fichier")]
+        closed = [self.ask("/remettre/"), *(self.send("a.txt", "a" * size, "/remettre/", "fichier")
+                                            for size in (1, 150_000))]
         self.assertEqual([answer[0] for answer in closed], [403, 403, 413])
         self.assertIn(b'<a href="/remettre/">Revenir au formulaire', closed[2][2])
         may_send = [f"/peut-envoyer/{page}/"
@@ -320,9 +342,9 @@ class TemplateTest(ServedNetworkTest):
         self.assertEqual([self.ask(path)[0] for path in may_send], [403, 403, 204])
         (self.handed_in / ".ouverte").touch()
         self.assertEqual([self.ask(path)[0] for path in may_send], [204, 403, 204])
-        sent = [("devoir.txt", "1"), ("devoir.txt", "2" * 150_000), ("gros.txt", "3" * 60_000),
-                ("...", "4"), ("Zoé — devoir.txt", "5" * 9), ("de trop.txt", "6")]
-        for name, content in sent:
+        for name, content in [("devoir.txt", "1"), ("devoir.txt", "2" * 150_000),
+                              ("gros.txt", "3" * 60_000), ("...", "4"),
+                              ("Zoé — devoir.txt", "5" * 9), ("de trop.txt", "6")]:
             answer = self.send(name, content, "/remettre/", "fichier")
             self.assertEqual((answer[0], answer[1]["Location"]), (302, "/remettre/"), name)
         kept = {file.name: (file.stat().st_size, file.stat().st_mode & 0o777)
@@ -331,7 +353,7 @@ class TemplateTest(ServedNetworkTest):
                                 "devoir (2).txt": (150_000, 0o600),
                                 "Zoé - devoir.txt": (9, 0o600)})
         self.assertEqual(self.send("a.txt", "a" * (101 << 20), "/remettre/", "fichier")[0], 413)
-        # A file that could not be read without an error is not read where there is no page.
+        # What could not be read without an error is not read where there is no page.
         unreadable = 'a.txt"\r\nContent-Transfer-Encoding: base64\r\nX: "'
         self.assertEqual(self.send(unreadable, "a", "/nulle-part/")[0], 404)
 
