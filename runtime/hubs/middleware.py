@@ -31,8 +31,8 @@ def _announced_size(request):
 
 
 class _Lines:
-    """Where the requests of one address wait for each other, so that a hundred of them delay another
-    address by a few at most. Addresses that share a line by chance wait for each other, too."""
+    """Where the requests of one address wait for each other, so that a hundred of them delay
+    another address by a few at most. Addresses that share a line by chance wait for each other."""
 
     def __init__(self, at_once):
         self._lines = [threading.BoundedSemaphore(at_once) for _ in range(64)]

@@ -33,8 +33,8 @@ class NamelessFileHandler(FileUploadHandler):
     Nothing of it is held in memory, or left behind by a server that is ended. Reading stops after
     the files that the request may bring, its most_files, and then the request has too_many_files
     set; when the disk's last SPARE_BYTES would be touched, and then it has disk_is_full set; when
-    the request's hand_in, if any, finds no room or a file cannot be written, and then it has no_room
-    set, which says why.
+    the request's hand_in, if any, finds no room or a file cannot be written, and then it has
+    no_room set, which says why.
 
     A request whose body breaks off has form_is_cut set.
     """
