@@ -16,9 +16,11 @@
 
 namespace {
 
-const char* const banner_text =
-    "<div><span style='font-size:60px;'> Quorvale </span></div> "
-    "<div style='margin-top:1px;text-align:center;'> Modernisez la Gestion de vos ressources ";
+QString banner_text() {
+    return QStringLiteral(
+        "<div><span style='font-size:60px;'> Quorvale </span></div> "
+        "<div style='margin-top:1px;text-align:center;'> Modernisez la Gestion de vos ressources ");
+}
 
 }  // namespace
 
@@ -40,7 +42,7 @@ void NetworkSelectionWindow::main_mode() {
     picture->setScaledContents(true);
     picture->setFixedSize(400, 328);
 
-    auto* banner = named("banner", new QLabel(QString::fromLatin1(banner_text)));
+    auto* banner = named("banner", new QLabel(banner_text()));
     banner->setWordWrap(true);
 
     auto* list_panel = named("network_list", new QWidget);
