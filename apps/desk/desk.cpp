@@ -356,8 +356,8 @@ QString Desk::claim_start() {
     if (!has_project(chosen->path)) {
         return project_missing(chosen->path);
     }
-    start_lock.emplace("start.lock");
-    if (start_lock->is_taken_by_other()) {
+    start_lock.emplace(".start.lock");
+    if (!start_lock->try_take()) {
         return QStringLiteral("Une autre fenêtre démarre un réseau. Attendez qu'elle ait fini.");
     }
     return {};

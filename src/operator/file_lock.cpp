@@ -23,6 +23,6 @@ bool FileLock::take() const {
     return status == 0;
 }
 
-bool FileLock::is_taken_by_other() const {
-    return flock(descriptor, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK;
+bool FileLock::try_take() const {
+    return flock(descriptor, LOCK_EX | LOCK_NB) == 0 || errno != EWOULDBLOCK;
 }

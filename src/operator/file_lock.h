@@ -14,9 +14,9 @@ public:
     /// file cannot be written.
     bool take() const;
 
-    /// Takes the lock if no other has it. Returns whether another has; false also when the file
+    /// Takes the lock unless another has it, which returns false. Returns true also when the file
     /// cannot be written, for then nobody is kept out.
-    bool is_taken_by_other() const;
+    bool try_take() const;
 
 private:
     int descriptor;
