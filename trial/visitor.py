@@ -40,9 +40,12 @@ class Visitor:
                           for file, text in [(name, content), *more]) + "--B--\r\n")
         return self.ask(path, body.encode(), "multipart/form-data; boundary=B")
 
-    def log_in(self, account, password="un mot de passe"):
+    def log_in_token(self):
+        """Asks for the form to log in. Returns the token that it has to come back with."""
         page = self.ask("/admin/login/")[2].decode()
-        token = re.search('csrfmiddlewaretoken" value="(.*?)"', page)[1]
+        return re.search('csrfmiddlewaretoken" value="(.*?)"', page)[1]
+
+    def log_in(self, account, password="un mot de passe", token=None):
         return self.ask("/admin/login/", urlencode({
-            "csrfmiddlewaretoken": token, "username": account, "password": password}),
-            "application/x-www-form-urlencoded")
+            "csrfmiddlewaretoken": token or self.log_in_token(), "username": account,
+            "password": password}), "application/x-www-form-urlencoded")
