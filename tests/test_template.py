@@ -98,12 +98,12 @@ class TemplateTest(ServedNetworkTest):
             status, headers, received = self.ask(path)
             self.assertEqual((status, received), (200, body))
             self.assertEqual(headers[header][:len(value)], value)
-        for number in range(10000):
+        for number in range(120):
             (self.offered / f"{number}.txt").touch()
         (self.project / "nom.txt").write_text("\ufeff\n Neuf", "utf-8")
         self.ask("/")
         page = self.ask("/?page=2")[2].decode()
-        self.assertEqual((page.count("<li>"), "Page 2 sur 201" in page), (50, True))
+        self.assertEqual((page.count("<li>"), "Page 2 sur 3" in page), (50, True))
         self.assertIn("<h1>Neuf</h1>", page)
 
     def test_what_visitors_are_refused(self):
