@@ -114,10 +114,22 @@ class Programs(unittest.TestCase):
         self.assertEqual(terminal.stdout.readline() + terminal.stdout.readline(), "\n\n")
         return terminal
 
+    def stop_in_vain(self):
+        """Begins to stop a server that no signal ends: the first process of a namespace."""
+        project = self.work / "elsewhere/a"
+        project.mkdir(parents=True)
+        (project.parent / "networks.data").write_text(f"A|{project}|\n")
+        (project / "manage.py").write_text(
+            "import os, signal, subprocess\nsignal.signal(signal.SIGINT, signal.SIG_IGN)\n"
+            f"os._exit(subprocess.call('{PROGRAMS}/quorvale-stop', cwd='..', stderr=1))")
+        return self.start("unshare", "--map-root-user", "--pid", "--fork", "--mount-proc", "sh",
+                          "-c", f"cd {project} && exec python3 manage.py runserver")
+
     def stops(self, out, err, *names):
         self.assertEqual(self.program("stop", *names), (0 if out else 1, out, err))
 
     def test_stop(self):
+        in_vain = self.stop_in_vain()
         terminal = self.serve("a", "signal.signal(2, lambda *_: open('ended', 'w') and exit())")
         commands = ["python3 manage.py migrate", "-a editor python3 manage.py runserver"]
         if os.getuid() == 0:  # of somebody else
@@ -151,6 +163,9 @@ class Programs(unittest.TestCase):
         deaf.wait(60)
         self.stops("", nothing)
         self.assertEqual([other.poll() for other in others], [None] * len(others))
+        said = in_vain.stdout.read()
+        self.assertEqual((in_vain.wait(60), said), (
+            1, f"Le réseau «\u00a0A\u00a0» n'a pas pu être arrêté.\n{nothing}"))
 
     def test_new(self):
         """With accents, and with the reasons why the administrator is refused."""

@@ -13,12 +13,15 @@ import termios
 import time
 import unittest
 from pathlib import Path
+from unittest import mock
 
 from served_network import TEMPLATE, ServedNetworkTest, Visitor
 
 sys.dont_write_bytecode = True
 sys.path.append(str(TEMPLATE / "hubs"))
-import processes  # noqa: E402, needs no Django
+import bodies  # noqa: E402, needs no Django
+import connections  # noqa: E402
+import processes  # noqa: E402
 
 # Tells on the server's standard output in which order what is sent reaches the disk.
 TOLD_DISK = """
@@ -113,6 +116,30 @@ class ServerTest(ServedNetworkTest):
                         except TimeoutError:
                             if head:
                                 client.sendall(b"a")
+
+    def test_drain(self):
+        """Where the server itself bounds no reading, it ends all the same."""
+        last = time.monotonic() + 10
+
+        def read(_size):
+            self.assertLess(time.monotonic(), last)
+            return b"a"
+        with mock.patch.object(bodies, "DRAIN_SECONDS", 0.1):
+            bodies.drain(read)
+
+    def test_connections(self):
+        """The oldest of the address with most gives way; what has ended counts no more."""
+        kept, (first, *many, last) = connections.Connections(), [mock.Mock() for _ in range(5)]
+        with mock.patch.multiple(connections, MAX_CONNECTIONS=4, MAX_CONNECTIONS_PER_ADDRESS=3,
+                                 _MAX_LEAVING=1):
+            stay = [kept.add(first, "a"), *(kept.add(each, "b") for each in [*many, mock.Mock()]),
+                    kept.add(last, "c"), kept.add(mock.Mock(), "d")]
+            self.assertEqual(stay, [True] * 4 + [False, True, False])
+            closed = [each.shutdown.called for each in (first, *many, last)]
+            self.assertEqual(closed, [False, True, False, False, False])
+            for each in many:
+                kept.remove(each)
+            self.assertEqual([kept.add(mock.Mock(), "b") for _ in range(2)], [True, True])
 
     def hand_in(self, name, address):
         """Hands a file in from an address. Returns what the page says afterwards."""

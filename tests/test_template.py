@@ -40,6 +40,7 @@ json.dump(done, sys.stdout)
 """
 
 # Asks for pages as machines of these addresses would, then for the network's state as each of them.
+# Then, how many are known when only one is to be, and how many when their time has passed.
 VISITS = """
 import json, os, sys
 import django
@@ -53,8 +54,13 @@ for address in sys.argv[1:]:
     ask("/ressources/Bienvenue.txt", address)
     ask("/_infos/kl/", "192.0.2.99")
 states = [ask("/_infos/etat/", address) for address in sys.argv[1:]]
-json.dump([state.status_code if state.status_code != 200 else state.json()["visitors"]
-           for state in states], sys.stdout)
+from Atelier.hubs import visitors
+visitors._MOST = 1
+ask("/", "192.0.2.7")
+most = visitors.count()
+visitors.SECONDS = -1
+json.dump([*(state.status_code if state.status_code != 200 else state.json()["visitors"]
+             for state in states), most, visitors.count()], sys.stdout)
 """
 
 STAFF_PAGES = ["/remis/", "/remis/secret.txt", "/remis/secret.txt/retirer", "/remis/tout.zip",
@@ -71,7 +77,7 @@ class TemplateTest(ServedNetworkTest):
     def test_count_of_visitors(self):
         senders = ["127.0.0.1", "192.0.2.10", "192.0.2.7", "192.0.2.8", "192.0.2.7"]
         said = self.output("", "-c", VISITS, *senders)
-        self.assertEqual(json.loads(said), [2, 2, 404, 404, 404])
+        self.assertEqual(json.loads(said), [2, 2, 404, 404, 404, 1, 0])
 
     def test_visitors(self):
         for name in (".cache.txt", "a.SVG", "Été 100% #1?.txt", "a\nb.txt", "\udce9.txt"):
@@ -137,6 +143,8 @@ class TemplateTest(ServedNetworkTest):
         self.assertEqual("http://127." in page, "ne marche que sur cette machine" in page)
         name.write_bytes("\nL'été à 5 €".encode("cp1252"))
         self.assertEqual(self.ask("/_infos/kl/")[2], "L'été à 5 EUR".encode("latin-1"))
+        name.write_text("é" * 1000, "utf-8")
+        self.assertEqual(self.ask("/_infos/kl/")[2], b"\xe9" * 100)
         name.unlink()
         os.mkfifo(name)
         self.assertEqual(self.ask("/_infos/kl/")[2], b"Atelier")
@@ -285,6 +293,8 @@ class TemplateTest(ServedNetworkTest):
         self.log_in("zoé", "un mot de passe")
         self.assertLessEqual({"csrf_Atelier", "session_Atelier"}, set(self.cookies))
         (self.offered / "lien.txt").symlink_to(self.project / "dehors.txt")
+        os.utime(self.offered, (10**9, 10**9))  # its listing is kept until it changes
+        self.ask("/")
         for name, content in [("Été 1.txt", "premier" * 20_000), ("Été 1.txt", "second"),
                               ("...", "rien"), ("../../.caché.txt", "c"), ("lien.txt", "lien")]:
             self.assertEqual(self.send(name, content)[1]["Location"], "/", name)
@@ -299,6 +309,7 @@ class TemplateTest(ServedNetworkTest):
         self.cookies = staff
         page = self.ask("/")[2].decode()
         self.assertIn("existe déjà\xa0: il n&#x27;a pas été remplacé", page)
+        self.assertIn("Été 1.txt</a>", page)
         self.assertEqual(self.ask("/supprimer/%00")[0], 404)
 
     def test_tries_to_log_in(self):

@@ -112,7 +112,7 @@ QByteArray refusals(const QWidget& window, const QStringList& typed) {
     }
     QTest::keyClick(fields.last(), Qt::Key_Return);
     QByteArray reasons;
-    if (QTest::qWaitFor([&] { return fields[0]->isEnabled(); })) {
+    if (QTest::qWaitFor([&] { return fields[0]->isEnabled(); }, 60'000)) {
         for (const QLineEdit* field : fields) {
             reasons += field->accessibleDescription().toUtf8() + '|';
         }
@@ -336,10 +336,13 @@ private slots:
         const ProductStyle style;
         const Output output = output_of([] {
             for (const char* name : {"home", "loading", "ready", "new_network", "setup"}) {
-                screen(QString::fromLatin1(name))->grab();
+                const auto window = screen(QString::fromLatin1(name));
+                ApplicationSetup::dress_window(*window);
+                window->windowIcon().pixmap(16);  // as the desktop asks for it
+                window->grab();
             }
         });
-        QCOMPARE(output.err, QByteArray());
+        QCOMPARE(output.out + output.err, QByteArray());  // QtTest writes warnings on the first
     }
 
     /// A LAN of three servers, one of which has ended since it was found; another is beyond it.
@@ -588,6 +591,36 @@ private slots:
         });
         NetworkJobs(window).rename({QStringLiteral("Arts & Lettres"), {}});
         QVERIFY(asked.contains(QStringLiteral("Arts && Lettres")));
+    }
+
+    void refused_creation() {
+        const TestDirectory directory;
+        for (const char* part : {"settings.py", "urls.py", "ressources", "templates", "static"}) {
+            directory.write(QLatin1String(part), {});
+        }
+        QFile::link(source_dir + QStringLiteral("runtime/hubs"), QStringLiteral("hubs"));
+        directory.fake_command(QStringLiteral("django-admin"), "mkdir $2; touch $2/manage.py");
+        directory.fake_command(QStringLiteral("cp"), "");
+        directory.fake_command(QStringLiteral("diff"), "");
+        directory.fake_command(QStringLiteral("python3"), R"(case $2 in
+            migrate) ;;
+            compte) echo Raison. >&2; exit $(cat $WORK/status) ;;
+            *) exec /usr/bin/python3 "$@" ;;
+            esac)");
+        NetworkSelectionWindow window(nullptr);
+        new CreationForm(window);
+        window.show();
+        const QString password = QStringLiteral("sésame");
+        for (const auto& [status, reasons] :
+             {std::make_pair("3", "|||Raison.||"),
+              {"4", "||Raison.|||"},
+              {"1", "Son administrateur n'a pas pu être créé.|||||"}}) {
+            directory.write(QStringLiteral("status"), status);
+            QCOMPARE(
+                refusals(window,
+                         {QStringLiteral("A"), {}, QStringLiteral("anne"), password, password}),
+                QByteArray(reasons));
+        }
     }
 
     void creation_form() {

@@ -133,13 +133,11 @@ pid_t parent_of(pid_t pid) {
     return 0;
 }
 
-/// Whether the process is the shell of a terminal that was opened for a server.
+/// Whether the process, a server's parent, is the shell of a terminal that was opened for it.
 bool is_terminal_shell(pid_t pid) {
     const std::vector<std::string> words = words_of(pid);
     const std::string end = "exec bash";
-    return is_own(pid) && words.size() == 3 && words[1] == "-c" && words[2].rfind("cd ", 0) == 0 &&
-           words[2].find(" && python3 manage.py runserver") != std::string::npos &&
-           words[2].size() > end.size() &&
+    return is_own(pid) && words.size() == 3 && words[1] == "-c" && words[2].size() > end.size() &&
            words[2].compare(words[2].size() - end.size(), end.size(), end) == 0;
 }
 
