@@ -12,7 +12,7 @@
 
 namespace {
 
-/// Takes a maximising back: under Wayland, Qt's own frame offers it to a window of one size, too.
+/// Undoes a maximisation: under Wayland, Qt's own frame offers it even to a window of a fixed size.
 class MaximisingGuard : public QObject {
 public:
     explicit MaximisingGuard(QWidget& guarded) : QObject(&guarded), window(guarded) {

@@ -27,8 +27,8 @@ public:
 
 private:
     void apply_style_sheet();
-    /// A dark theme's light links could not be read on the white pages; no style sheet reaches
-    /// links.
+    /// Makes links blue: the light ones of a dark theme could not be read on the white pages, and
+    /// style sheets do not reach links.
     static void darken_links();
     void install_translation();
 

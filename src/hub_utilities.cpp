@@ -43,7 +43,7 @@ void read_hub_networks(std::vector<Network*>* networks) {
             return;
         }
         std::cerr << registry_file << ", ligne " << number
-                  << " ignorée : il y manque le nom ou le répertoire, chacun suivi de « | »."
+                  << " ignorée : il y manque le nom ou le répertoire, chacun suivi de « | »."
                   << std::endl;
     });
 }
@@ -64,14 +64,11 @@ Network* split_hub_networks_file(std::string line) {
 }
 
 std::vector<std::string> fetch_networks() {
-    return hosts_of_scan(exec_cmd("nmap -sn " + getIp() + "/24|grep report|awk '{print $6}'"));
-}
-
-std::vector<std::string> hosts_of_scan(std::string words) {
-    words.erase(std::remove_if(words.begin(), words.end(),
+    std::string hosts = exec_cmd("nmap -sn " + getIp() + "/24|grep report|awk '{print $6}'");
+    hosts.erase(std::remove_if(hosts.begin(), hosts.end(),
                                [](char character) { return character == '(' || character == ')'; }),
-                words.end());
-    return splitLines(words);
+                hosts.end());
+    return splitLines(hosts);
 }
 
 std::vector<std::string> splitLines(const std::string& text) {

@@ -37,9 +37,6 @@ Network* split_hub_networks_file(std::string line);
 /// entry is empty for a host without a reverse name. Prints nothing. Throws what `exec_cmd` throws.
 std::vector<std::string> fetch_networks();
 
-/// Returns the hosts in the scan's sixth words, which are given one per line, without parentheses.
-std::vector<std::string> hosts_of_scan(std::string words);
-
 /// Returns the lines of a text, empty ones included; a final line feed adds no empty entry.
 std::vector<std::string> splitLines(const std::string& text);
 

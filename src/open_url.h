@@ -2,8 +2,8 @@
 
 #include <QString>
 
-/// Asks the desktop to open an address, and goes on whatever becomes of it.
+/// Asks the desktop to open an address. The outcome is ignored.
 ///
-/// Through Qt when the application object exists; before, when Qt opens nothing, by a detached
-/// `xdg-open`.
+/// Goes through Qt once the application object exists; before that, when Qt opens nothing, through
+/// a detached `xdg-open`.
 void open_url(const QString& address);

@@ -10,7 +10,7 @@
 #include <QStringDecoder>
 #endif
 
-/// What differs between the Qt releases that we build with.
+/// What differs between Qt 5 and Qt 6.
 
 /// Makes UTF-8 the codec of file names and of the command line, whatever the locale says. Qt 6
 /// has no other on Linux.
@@ -29,8 +29,8 @@ inline QString qt_translations_directory() {
 #endif
 }
 
-/// Returns the text of a file that was written in an editor: UTF-8, with a byte-order mark or
-/// without, else Windows-1252. A letter that is cut off at the end is left out.
+/// Returns the text of a file that was written in an editor: UTF-8, with or without a byte-order
+/// mark, otherwise Windows-1252. A UTF-8 character that is cut off at the end is dropped.
 inline QString text_of_file(const QByteArray& bytes) {
 #if QT_VERSION_MAJOR < 6
     QTextCodec::ConverterState state;
