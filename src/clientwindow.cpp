@@ -62,7 +62,7 @@ void ClientWindow::selecting_networks_mode() {
     auto* list = named("network_list", new QWidget);
     auto* list_layout = new QVBoxLayout(list);
     list_layout->addWidget(
-        named("list_hint", new QLabel(QStringLiteral("<div>Selectionner un Reseau </div>"))));
+        named("list_caption", new QLabel(QStringLiteral("<div>Selectionner un Reseau </div>"))));
 
     auto* page = new QVBoxLayout;
     page->addWidget(title);

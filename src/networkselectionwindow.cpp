@@ -51,7 +51,7 @@ void NetworkSelectionWindow::main_mode() {
         "create_label", new QLabel(QStringLiteral(
                             "<div style='color:blue;'><b> + Creer un Nouveau Reseau </b></div>"))));
     list_layout->addWidget(
-        named("list_title", new QLabel(QStringLiteral("<div>Reseaux disponibles </div>"))));
+        named("list_caption", new QLabel(QStringLiteral("<div>Reseaux disponibles </div>"))));
     read_hub_networks(&networks);
     for (std::size_t i = 0; i < networks.size(); ++i) {
         std::cout << i + 1 << "\n";

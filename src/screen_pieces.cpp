@@ -8,7 +8,6 @@
 #include <QPalette>
 #include <QPushButton>
 #include <QSignalMapper>
-#include <QVariant>
 #include <memory>
 
 #include "network.h"
@@ -39,7 +38,7 @@ QLabel* animated_label(const QString& file, const QSize& size) {
 }
 
 QWidget* centred_animation(const QString& file, const QSize& size) {
-    QLabel* animation = animated_label(file, size);
+    QLabel* animation = named("animation", animated_label(file, size));
     animation->setAlignment(Qt::AlignCenter);
     animation->setStyleSheet(QStringLiteral("text-align:center;"));
 
@@ -75,6 +74,7 @@ QWidget* form_panel(const std::vector<std::pair<QString, QWidget*>>& rows,
     int row = 1;
     for (const auto& [label, field] : rows) {
         auto* caption = new QLabel(label);
+        caption->setObjectName(field->objectName() + QStringLiteral("_label"));
         caption->setBuddy(field);  // screen readers take the field's name from it
         grid->addWidget(caption, row, 1);
         grid->addWidget(field, row, 2);

@@ -36,7 +36,7 @@ void clear_layout(QWidget& window);
 /// animation. A missing file leaves the label empty.
 QLabel* animated_label(const QString& file, const QSize& size);
 
-/// The same, centred in a box of its own.
+/// The same, named "animation", centred in a box of its own.
 QWidget* centred_animation(const QString& file, const QSize& size);
 
 /// A centred line of text with a style sheet of its own.
@@ -51,8 +51,8 @@ struct RowButton {
 /// Buttons side by side.
 QWidget* button_row(const std::vector<RowButton>& buttons);
 
-/// The widget "form": one row a pair of label text and field, then the button "save_button" under
-/// the fields.
+/// The widget "form": a row for each pair of label text and field, then the button "save_button"
+/// under the fields. The label is named after its field: "name_field_label" for "name_field".
 QWidget* form_panel(const std::vector<std::pair<QString, QWidget*>>& rows,
                     const QString& save_text);
 
@@ -60,8 +60,8 @@ QWidget* form_panel(const std::vector<std::pair<QString, QWidget*>>& rows,
 /// reach its children too.
 void set_flat_background(QWidget& window, const QString& colour);
 
-/// Adds one button "network_button" of the class "net-btn" a network to the column, in order. A
-/// click on button i calls the window's slot, given as SLOT(name(int)), with i; the mapper in
+/// Adds a button "network_button" of the class "net-btn" to the column for each network, in order.
+/// A click on button i calls the window's slot, given as SLOT(name(int)), with i; the mapper in
 /// between, "network_mapper", belongs to the window.
 void add_network_buttons(const std::vector<Network*>& networks, QBoxLayout& column, QWidget& window,
                          const char* slot);

@@ -18,7 +18,7 @@ QWidget* sidebar_item(const char* name, const QString& icon_file, int icon_width
     icon->setFixedSize(icon_width, 40);
     icon->setAlignment(Qt::AlignCenter);
 
-    auto* caption = new QLabel(caption_text);
+    auto* caption = named("caption", new QLabel(caption_text));
     caption->setAlignment(Qt::AlignCenter);
 
     auto* item = named(name, new QWidget);

@@ -43,7 +43,7 @@ ReadyScreen::ReadyScreen(NetworkSelectionWindow& shown, const QString& network_n
 
     animation = window.findChild<QWidget*>(QStringLiteral("ready_animation"));
     animation->layout()->setContentsMargins(0, 0, 0, 0);
-    auto* picture = animation->findChild<QLabel*>();
+    auto* picture = animation->findChild<QLabel*>(QStringLiteral("animation"));
     picture->setFixedSize(64, 64);
     picture->movie()->setScaledSize(picture->size());
 
@@ -104,7 +104,7 @@ void ReadyScreen::add_panel() {
 void ReadyScreen::show_waiting(const QString& what) {
     status->setText(what);
     set_lost(false);
-    animation->hide();  // its mark says that all is well
+    animation->hide();  // its check mark says that all is well
     details->clear();
 }
 

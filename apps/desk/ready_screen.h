@@ -9,8 +9,8 @@ class QPushButton;
 class QWidget;
 struct NetworkState;
 
-/// The window's ready screen, which tells of one network what is true of it: its own name, address
-/// and names on the LAN, whether it answers, and how many visitors it has. Belongs to the screen.
+/// Makes the window's ready screen tell the truth of one network: its own name, address and names
+/// on the LAN, whether it answers, and how many visitors it has. Belongs to the screen.
 class ReadyScreen : public QObject {
     Q_OBJECT
 

@@ -31,7 +31,7 @@ bool SidebarButton::eventFilter(QObject* object, QEvent* event) {
 }
 
 void SidebarButton::show_state(bool checked) {
-    item.findChildren<QLabel*>().last()->setText(
-        QStringLiteral("<div style='color:%1;text-align:center;'> %2 </div>")
-            .arg(checked ? QStringLiteral("#0072c6") : QStringLiteral("black"), caption));
+    item.findChild<QLabel*>(QStringLiteral("caption"))
+        ->setText(QStringLiteral("<div style='color:%1;text-align:center;'> %2 </div>")
+                      .arg(checked ? QStringLiteral("#0072c6") : QStringLiteral("black"), caption));
 }

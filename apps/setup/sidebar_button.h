@@ -2,8 +2,8 @@
 
 #include <QPushButton>
 
-/// Makes an item of the sidebar, a picture over its caption, a button that can be checked. Lies
-/// over the item and belongs to it.
+/// Makes an item of the sidebar, a picture over its caption, a checkable button. Covers the item
+/// and belongs to it.
 class SidebarButton : public QPushButton {
 public:
     /// `caption` is what the item is called on the screen and to a screen reader.

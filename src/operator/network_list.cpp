@@ -20,7 +20,7 @@ QString folded(const QString& text) {
     return without_accents(text).toCaseFolded();
 }
 
-/// A widget that scrolls, without a ground of its own: the page's is seen.
+/// A scroll area without a background of its own: the page's shows through.
 QScrollArea* bare_scroll_area() {
     auto* area = named("network_scroll", new QScrollArea);
     area->setFrameShape(QFrame::NoFrame);
@@ -52,15 +52,15 @@ NetworkList::NetworkList(QWidget& window)
         rows->addWidget(entries[i], i, 0);
         texts[i].name = entries[i]->text();
     }
-    last_row = static_cast<int>(entries.size());
-    rows->setRowStretch(last_row, 1);
+    free_row = static_cast<int>(entries.size());
+    rows->setRowStretch(free_row, 1);
     if (entries.size() >= filtered_from) {
         add_filter(*column);
     }
     column->addWidget(scroll, 1);
     const int letter = QFontInfo(QApplication::font()).pixelSize();
     for (QPushButton* button : std::as_const(entries)) {
-        // Now that it has the style of its new place, which takes back the height of the old one.
+        // Only now: the style of its new place would overwrite a height that was set before.
         button->setMinimumHeight(std::max(28, static_cast<int>(std::ceil(2.2 * letter))));
     }
     scroll->viewport()->installEventFilter(this);
@@ -82,9 +82,11 @@ void NetworkList::add_filter(QVBoxLayout& column) {
     filter->setClearButtonEnabled(true);
     filter->installEventFilter(this);
     connect(filter, &QLineEdit::textChanged, this, &NetworkList::show_matching);
-    // Beside the list's title, which stands last: it takes no height from the list.
+    // Beside the list's caption, where it takes no height from the list.
+    auto* caption = column.parentWidget()->findChild<QWidget*>(QStringLiteral("list_caption"));
+    column.removeWidget(caption);
     auto* row = new QHBoxLayout;
-    row->addItem(column.takeAt(column.count() - 1));
+    row->addWidget(caption);
     row->addWidget(filter, 1);
     column.addLayout(row);
 }
@@ -114,7 +116,7 @@ void NetworkList::focus_first() {
 
 void NetworkList::focus(int entry) {
     entries[entry]->setFocus();
-    // And once everything is shown and has its place: what is hidden is passed over.
+    // Once more when everything is shown and in its place: a hidden widget does not take the focus.
     QMetaObject::invokeMethod(
         scroll,
         [this, entry] {
@@ -172,9 +174,9 @@ void NetworkList::add_beside(int entry, QWidget* widget) {
 }
 
 void NetworkList::add_below(QWidget* widget) {
-    rows->setRowStretch(last_row, 0);
-    rows->addWidget(widget, last_row++, 0, 1, 2);
-    rows->setRowStretch(last_row, 1);
+    rows->setRowStretch(free_row, 0);
+    rows->addWidget(widget, free_row++, 0, 1, 2);
+    rows->setRowStretch(free_row, 1);
 }
 
 bool NetworkList::eventFilter(QObject* object, QEvent* event) {

@@ -21,10 +21,10 @@ struct NetworkEntry {
     }
 };
 
-/// Makes the list of networks of a window hold any number of them: the buttons scroll, are large
-/// enough to be read and clicked in the desktop's own font, and from ten on the field
-/// "filter_field" above them shows only those whose name, or detail where it is shown, holds what
-/// is typed, accents and case aside. Belongs to the window's "network_list".
+/// Lets the network list of a window hold any number of them: the buttons scroll, and are large
+/// enough to be read and clicked in the desktop's own font. From ten on, there is a "filter_field",
+/// which leaves those whose name, or detail where it is shown, contains what is typed, whatever the
+/// accents and the case. Belongs to the window's "network_list".
 class NetworkList : public QObject {
 public:
     static constexpr int filtered_from = 10;
@@ -55,7 +55,7 @@ private:
     void add_filter(QVBoxLayout& column);
     void show_matching(const QString& typed);
     void focus_first();
-    /// Returns what is shown of an entry's detail.
+    /// Returns an entry's detail if another has the same name, or an empty text.
     QString shown_detail(const NetworkEntry& entry) const;
     void set_captions();
     void set_caption(int entry);
@@ -63,7 +63,7 @@ private:
     QVector<QPushButton*> entries;
     QVector<NetworkEntry> texts;
     QGridLayout* rows;
-    int last_row = 0;  ///< the first free one
+    int free_row = 0;  ///< the first below all that was added
     QScrollArea* scroll;
     QLineEdit* filter = nullptr;
 };
