@@ -106,9 +106,9 @@ void CreationForm::set_busy(bool busy) {
 
 void CreationForm::create() {
     run_in_background(*this,
-                      {QCoreApplication::applicationDirPath() + QStringLiteral("/quorvale-new"),
-                       QStringLiteral("--admin"), fields[pseudonym]->text().trimmed(),
-                       QStringLiteral("--"), fields[name]->text().simplified()},
+                      {program_path("quorvale-new"), QStringLiteral("--admin"),
+                       fields[pseudonym]->text().trimmed(), QStringLiteral("--"),
+                       fields[name]->text().simplified()},
                       QDir::currentPath(), fields[password]->text().toUtf8(),
                       [this](int status, const QString& said) { end_creation(status, said); });
 }
@@ -129,7 +129,7 @@ void CreationForm::end_creation(int status, const QString& said) {
         case pseudonym_refused:
             refuse(pseudonym, said);
             return;
-        default:  // its last line, without what it is about before it
-            refuse(name, said.section(QLatin1Char('\n'), -1).section(QStringLiteral(" : "), -1));
+        default:  // without the name of what the reason is about
+            refuse(name, last_line(said).section(QStringLiteral(" : "), -1));
     }
 }

@@ -8,6 +8,7 @@
 #include <QPushButton>
 #include <QUrl>
 
+#include "background_command.h"
 #include "networkselectionwindow.h"
 #include "open_url.h"
 #include "screen_pieces.h"
@@ -24,8 +25,7 @@ QPushButton* add_link(QHBoxLayout& row, const char* name, const QString& text,
 }
 
 void add_program(QHBoxLayout& row, const char* name, const QString& text, const char* program) {
-    const QString file =
-        QCoreApplication::applicationDirPath() + QLatin1Char('/') + QLatin1String(program);
+    const QString file = program_path(program);
     QObject::connect(add_link(row, name, text, file), &QPushButton::clicked,
                      [file] { QProcess::startDetached(file, {}); });
 }

@@ -16,8 +16,8 @@
 
 namespace {
 
-/// Who listens where the network is to, in French; empty when nobody does or it cannot be told. The
-/// network's own program says it, which would say the same in its terminal.
+/// Who holds the port of the network, in French; empty when nobody does or it cannot be told. The
+/// network's own program tells, so that its terminal says the same.
 QString port_holder(const QString& directory, const QString& address) {
     const QDir project(
         QDir(directory).canonicalPath());  // a link has another name than its package
@@ -71,9 +71,9 @@ void find_start_failure(QThreadPool& threads, QObject& context, const Network& n
                         const std::function<void(const QString&)>& found) {
     const auto told_by_django = [found](int status, const QString& said) {
         const int refused = 1;  // another status is that of `timeout`
-        found(status == refused ? QStringLiteral("Django ne peut pas le charger : ") +
-                                      said.section(QLatin1Char('\n'), -1).left(300)
-                                : QStringLiteral("Regardez ce que dit son terminal."));
+        found(status == refused
+                  ? QStringLiteral("Django ne peut pas le charger : ") + last_line(said).left(300)
+                  : QStringLiteral("Regardez ce que dit son terminal."));
     };
     const auto told = [&context, found, told_by_django,
                        directory = network.path](const QString& reason) {

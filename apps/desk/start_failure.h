@@ -8,10 +8,10 @@ class QObject;
 class QThreadPool;
 struct NetworkState;
 
-/// Finds out why nothing answers at a network's address after a start, and calls `found` with it,
-/// in French, as far as it can be told: no project, no address, no terminal, a port that another
-/// program holds, or Django's own last line. Returns at once; the answer may take 25 seconds. When
-/// the context is destroyed meanwhile, nothing is called, and Django is ended.
+/// Finds out why nothing answers at a network's address after a start, and calls `found` with the
+/// reason, in French: no project, no address, no terminal, a port that another program holds, or
+/// Django's own last line. Returns at once; the answer may take 25 seconds. When the context is
+/// destroyed meanwhile, nothing is called, and Django is ended.
 void find_start_failure(QThreadPool& threads, QObject& context, const Network& network,
                         const std::function<void(const QString&)>& found);
 

@@ -11,6 +11,7 @@
 #include "creation_status.h"
 #include "form_state.h"
 #include "screen_pieces.h"
+#include "section_title.h"
 #include "setupwindow.h"
 
 namespace {
@@ -59,19 +60,16 @@ void AccountForm::complete_section() {
     auto* panel = window.findChild<QWidget*>(QStringLiteral("form"));
     auto* grid = static_cast<QGridLayout*>(panel->layout());
     grid->setContentsMargins(10, 6, 10, 0);
-    const int last_row = grid->rowCount() - 1;
-    auto* caption =
-        static_cast<QLabel*>(grid->itemAtPosition(last_row - 1, 1)->widget());  // of the roles
-    caption->setText(QStringLiteral("Ce que peut ce compte :"));
+    window.findChild<QLabel*>(QStringLiteral("role_list_label"))
+        ->setText(QStringLiteral("Ce que peut ce compte :"));
     auto* back = named("back_button", new QPushButton(QStringLiteral("Retour aux comptes")));
     back->setAutoDefault(false);
-    grid->addWidget(back, last_row, 1, Qt::AlignBottom);
+    grid->addWidget(back, grid->rowCount() - 1, 1, Qt::AlignBottom);  // beside the other button
     connect(back, &QPushButton::clicked, this, &AccountForm::left);
 
     window.findChild<QWidget*>(QStringLiteral("section_heading"))->hide();
     window.findChild<QLabel*>(QStringLiteral("section_title"))
-        ->setText(QStringLiteral(
-            "<div style='font-size:24px;font-weight:bold;'>Ajouter un compte</div>"));
+        ->setText(section_title(QStringLiteral("Ajouter un compte")));
     QLayout* section = panel->parentWidget()->layout();
     section->setContentsMargins(10, 5, 10, 0);
     section->setSpacing(0);
@@ -161,8 +159,7 @@ void AccountForm::end(int status, const QString& said, const QString& network_na
             refuse_field(*fields[pseudonym], said);
             return;
         default:
-            show_failure(QStringLiteral("Le compte n'a pas été ajouté. %1")
-                             .arg(said.section(QLatin1Char('\n'), -1)));
+            show_failure(QStringLiteral("Le compte n'a pas été ajouté. %1").arg(last_line(said)));
     }
 }
 

@@ -21,7 +21,7 @@ public:
 
     /// The network that new accounts are for.
     void set_network(const RegisteredNetwork& account_network);
-    /// The form has come to the screen.
+    /// To be called when the form is shown.
     void start();
     /// Returns whether something is typed that was not sent.
     bool holds_something() const;
@@ -39,7 +39,7 @@ private:
     void save();
     /// Returns whether all fields can be sent; says what is wrong at those that cannot.
     bool check();
-    /// The network named is the one that the account was for: another may be chosen by now.
+    /// `network_name` is the network that the account was for: another may have been chosen since.
     void end(int status, const QString& said, const QString& network_name);
     void set_busy(bool busy);
     void show_failure(const QString& reason);

@@ -10,6 +10,7 @@
 #include "question.h"
 #include "row_list.h"
 #include "screen_pieces.h"
+#include "section_title.h"
 
 namespace {
 
@@ -28,8 +29,7 @@ AccountsPage::AccountsPage()
       add_button(named("add_button", new QPushButton(QStringLiteral("Ajouter un compte")))) {
     setObjectName(QStringLiteral("accounts_page"));
     auto* page = new QVBoxLayout(this);
-    page->addWidget(new QLabel(
-        QStringLiteral("<div style='font-size:24px;font-weight:bold;'>Comptes du réseau</div>")));
+    page->addWidget(new QLabel(section_title(QStringLiteral("Comptes du réseau"))));
     page->addWidget(list, 1);
     page->addWidget(add_button, 0, Qt::AlignLeft);
     connect(add_button, &QPushButton::clicked, this, &AccountsPage::adding);
@@ -58,8 +58,8 @@ void AccountsPage::show_network(const RegisteredNetwork& shown) {
             if (status == 0) {
                 show_accounts(said);
             } else {
-                list->show_text(QStringLiteral("Les comptes n'ont pas pu être lus. %1")
-                                    .arg(said.section(QLatin1Char('\n'), -1)));
+                list->show_text(
+                    QStringLiteral("Les comptes n'ont pas pu être lus. %1").arg(last_line(said)));
             }
         });
 }
@@ -105,15 +105,15 @@ void AccountsPage::remove(const QString& pseudonym) {
         return;
     }
     setEnabled(false);
-    run_account_command(*this, network,
-                        {QStringLiteral("supprimer"), QStringLiteral("--"), pseudonym}, {},
-                        [this](int status, const QString& said) {
-                            setEnabled(true);
-                            if (status == 0) {
-                                show_network(network);
-                            } else {
-                                list->show_text(QStringLiteral("Le compte n'a pas été supprimé. %1")
-                                                    .arg(said.section(QLatin1Char('\n'), -1)));
-                            }
-                        });
+    run_account_command(
+        *this, network, {QStringLiteral("supprimer"), QStringLiteral("--"), pseudonym}, {},
+        [this](int status, const QString& said) {
+            setEnabled(true);
+            if (status == 0) {
+                show_network(network);
+            } else {
+                list->show_text(
+                    QStringLiteral("Le compte n'a pas été supprimé. %1").arg(last_line(said)));
+            }
+        });
 }

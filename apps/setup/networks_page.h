@@ -2,11 +2,13 @@
 
 #include <QWidget>
 
+#include "listed_network.h"
 #include "network_jobs.h"
 
 class RowList;
 
-/// The networks of the registry, with the jobs of their lives: as wholes, or their directories.
+/// The networks of the registry, each with what can be done with it as a whole or, on a page of the
+/// other kind, with its directory.
 class NetworksPage : public QWidget {
 public:
     enum class Kind { networks, directories };
@@ -18,7 +20,7 @@ public:
 
 private:
     void show_networks(const QString& listed);
-    void add_network(const RegisteredNetwork& network, const QStringList& fields);
+    void add_network(const RegisteredNetwork& network, const ListedNetwork& listed);
 
     Kind kind;
     NetworkJobs& jobs;

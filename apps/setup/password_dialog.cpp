@@ -61,7 +61,6 @@ void PasswordDialog::end(int status, const QString& said) {
         accept();
         return;
     }
-    // Of a failure's words, the last line says most.
-    const QString reason = status == password_refused ? said : said.section(QLatin1Char('\n'), -1);
+    const QString reason = status == password_refused ? said : last_line(said);
     refuse_field(*password, reason.isEmpty() ? QStringLiteral("Il n'a pas été changé.") : reason);
 }

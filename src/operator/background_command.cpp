@@ -1,5 +1,6 @@
 #include "background_command.h"
 
+#include <QCoreApplication>
 #include <QFileInfo>
 #include <QProcess>
 
@@ -38,9 +39,17 @@ void run_in_background(QObject& owner, const QStringList& command, const QString
 
 void end_with_owner(QProcess& process, QObject& owner) {
     QObject::connect(&owner, &QObject::destroyed, &process, [&process, &owner] {
-        const int clearing_time = 2000;
+        const int milliseconds_to_end = 2000;
         QObject::disconnect(&process, nullptr, &owner, nullptr);
         process.terminate();
-        process.waitForFinished(clearing_time);
+        process.waitForFinished(milliseconds_to_end);
     });
+}
+
+QString program_path(const char* name) {
+    return QCoreApplication::applicationDirPath() + QLatin1Char('/') + QLatin1String(name);
+}
+
+QString last_line(const QString& said) {
+    return said.section(QLatin1Char('\n'), -1);
 }

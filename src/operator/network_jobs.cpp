@@ -1,13 +1,11 @@
 #include "network_jobs.h"
 
-#include <QCoreApplication>
 #include <QDate>
 #include <QDir>
 #include <QFile>
 #include <QFileDialog>
 #include <QInputDialog>
 #include <QLabel>
-#include <QLineEdit>
 #include <QMessageBox>
 #include <QProgressDialog>
 #include <QUrl>
@@ -114,10 +112,8 @@ void NetworkJobs::run(const QStringList& arguments, const QString& doing) {
     progress->show();  // at once: nothing else may be started in the window meanwhile
     // Ended in the middle, the program leaves nothing half done.
     connect(progress, &QProgressDialog::canceled, progress, &QObject::deleteLater);
-    const QString program =
-        QCoreApplication::applicationDirPath() + QStringLiteral("/quorvale-network");
-    run_in_background(*progress, QStringList(program) + arguments, QDir::currentPath(), {},
-                      [this, progress](int status, const QString& said) {
+    run_in_background(*progress, QStringList(program_path("quorvale-network")) + arguments,
+                      QDir::currentPath(), {}, [this, progress](int status, const QString& said) {
                           progress->reset();  // hides it
                           progress->deleteLater();
                           say(status == 0, said);

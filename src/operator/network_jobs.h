@@ -7,8 +7,8 @@
 class QWidget;
 
 /// The jobs of a network's life, for the controls of a window: asks what a job needs, has
-/// `quorvale-network`, from beside this program, do it while a dialog waits that can end it, and
-/// says how it went. Belongs to the window.
+/// `quorvale-network` do it behind a dialog that can cancel it, and says how it went. Belongs to
+/// the window.
 class NetworkJobs : public QObject {
     Q_OBJECT
 
@@ -24,11 +24,11 @@ public:
     void restore();
 
 signals:
-    /// A job was done: the networks of the registry may be others.
+    /// A job was done: the registry may have changed.
     void done();
 
 private:
-    /// Runs the program; `doing` is said meanwhile.
+    /// Runs the program, while the dialog says what it is `doing`.
     void run(const QStringList& arguments, const QString& doing);
     void say(bool succeeded, const QString& text);
 
