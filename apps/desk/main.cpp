@@ -34,7 +34,7 @@ int main(int argc, char** argv) {
     QGuiApplication::setDesktopFileName(QStringLiteral("org.quorvale.Quorvale"));
     const QApplication application(argc, argv);
     if (!line.fits()) {
-        return badly_written;
+        return usage_error;
     }
     const ApplicationSetup setup;
     use_french_texts();

@@ -90,7 +90,7 @@ int main(int argc, char** argv) {
     qputenv("PYTHONUTF8", "1");  // what Python is given is UTF-8, whatever the session's encoding
     const QCoreApplication application(argc, argv);
     if (!line.fits()) {
-        return badly_written;
+        return usage_error;
     }
     NewNetwork wanted{line.argument(0), line.value(admin)};
     if (line.has(admin)) {

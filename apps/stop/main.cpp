@@ -47,7 +47,7 @@ int main(int argc, char** argv) {
     use_utf8_locale_codec();
     const QCoreApplication application(argc, argv);
     if (!line.fits()) {
-        return badly_written;
+        return usage_error;
     }
     const QString wanted = line.argument(0);
     const bool all = wanted.isNull();

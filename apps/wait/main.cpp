@@ -17,7 +17,7 @@
 namespace {
 
 /// Kills all descendants of a process, the youngest first. Each is stopped before its children are
-/// listed, so that it starts no more of them.
+/// listed, so that it starts no others.
 void end_children(pid_t parent) {
     const std::string number = std::to_string(parent);
     std::ifstream children("/proc/" + number + "/task/" + number + "/children");
@@ -31,7 +31,8 @@ void end_children(pid_t parent) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    CommandLine line(QStringLiteral("Affiche que le client de Quorvale cherche : il la lance."));
+    CommandLine line(QStringLiteral(
+        "Affiche la fenêtre d'attente du client de Quorvale, qui lance ce programme."));
     const QString end = QStringLiteral("end");
     line.add_option({end, QStringLiteral("Termine les programmes lancés par ce processus.")});
     if (line.answers(argc, argv)) {
@@ -46,7 +47,7 @@ int main(int argc, char** argv) {
     QGuiApplication::setDesktopFileName(QStringLiteral("org.quorvale.Client"));
     const QApplication application(argc, argv);
     if (!line.fits()) {
-        return badly_written;
+        return usage_error;
     }
     const ApplicationSetup setup;
     WaitWindow window;

@@ -50,7 +50,7 @@ QString program_name() {
 
 CommandLine::CommandLine(const QString& purpose, const QString& statuses)
     : exit_statuses(statuses) {
-    // Not as letters of their own: any word with an "h" in it would ask for the help.
+    // Not one option a letter: any word with an "h" in it would ask for the help.
     parser.setSingleDashWordOptionMode(QCommandLineParser::ParseAsLongOptions);
     parser.setApplicationDescription(QLatin1Char('\n') + purpose);
     parser.addOption({{QStringLiteral("h"), help_option}, QStringLiteral("Affiche cette aide.")});
@@ -60,12 +60,12 @@ CommandLine::CommandLine(const QString& purpose, const QString& statuses)
 void CommandLine::add_argument(const QString& name, const QString& description) {
     parser.addPositionalArgument(name, description);
     required += name;
-    ++most;
+    ++max_arguments;
 }
 
 void CommandLine::add_optional_argument(const QString& name, const QString& description) {
     parser.addPositionalArgument(name, description, QStringLiteral("[%1]").arg(name));
-    ++most;
+    ++max_arguments;
 }
 
 void CommandLine::add_option(const QCommandLineOption& option) {
@@ -137,8 +137,8 @@ QString CommandLine::fault() const {
         }
     }
     const QStringList words = parser.positionalArguments();
-    if (words.size() > most) {
-        return QStringLiteral("Mot en trop : « %1 ».").arg(words[most]);
+    if (words.size() > max_arguments) {
+        return QStringLiteral("Mot en trop : « %1 ».").arg(words[max_arguments]);
     }
     if (words.contains(QString())) {
         return QStringLiteral("Un mot est vide.");

@@ -21,8 +21,8 @@ public:
     /// Needs neither a display nor an application object: programs with windows call it before
     /// they make theirs.
     bool answers(int argc, char** argv);
-    /// Returns whether the words that the application object has left are what the program takes;
-    /// if not, standard error has the help and what is wrong.
+    /// Returns whether the program takes the words that the application object has left; if not,
+    /// prints the help and what is wrong on standard error.
     bool fits();
 
     /// Returns argument `index`, from 0, or an empty text.
@@ -36,9 +36,9 @@ private:
 
     QCommandLineParser parser;
     QStringList required;
-    int most = 0;
+    int max_arguments = 0;
     QString exit_statuses;
 };
 
 /// Exit status of every program for a command line that it does not take.
-inline constexpr int badly_written = 2;
+inline constexpr int usage_error = 2;
