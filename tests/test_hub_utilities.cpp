@@ -317,6 +317,7 @@ private slots:
             {"\xef\xbb\xbf \r\n\n  L'\u00e9t\u00e9  \r\nx", QStringLiteral("L'été")},
             {"\xc9t\xe9 \x9c\n", QStringLiteral("Été œ")},
             {"a" + long_name, QLatin1Char('a') + QString(99, QChar(0xe9))},
+            {"\x07\nA\x1b[1mB\n", QStringLiteral("A [1mB")},
             {" \n", QStringLiteral("A")},
         };
         for (const auto& [contents, name] : rows) {

@@ -1,4 +1,4 @@
-"""Puts the registry right where it no longer fits what stands in the working directory.
+"""Corrects the registry where it no longer fits the working directory.
 
 A working directory that was moved, or copied to another machine, lists paths that are gone; a
 program that was killed may have left a whole network that is not listed, or a name that changed in
@@ -11,7 +11,8 @@ from pathlib import Path
 
 import registry
 
-# A network's directory reaches the shell of its terminal as it stands.
+# A network's directory reaches the shell of its terminal as it stands. src/operator/
+# network_creation.cpp has the same rule.
 _PLAIN_PATH = re.compile(r"[\w/.,:@%+=-]+")
 
 
@@ -55,7 +56,7 @@ def _follow_names(lines):
 
 
 def _correct(lines):
-    """Put the lines right. Returns what to say."""
+    """Correct the lines. Returns what to say."""
     listed = {os.path.realpath(network.directory) for network in registry.networks(lines)}
     unlisted = [here for here in _standing() if str(here) not in listed]
     if unlisted and not _PLAIN_PATH.fullmatch(str(Path.cwd())):
@@ -67,8 +68,8 @@ def _correct(lines):
 
 
 def adopt():
-    """Put the registry right. Returns what to say, in French: once, but for networks that cannot be
-    listed.
+    """Correct the registry. Returns what to say, in French: each thing once, but for networks that
+    cannot be listed, which are named each time.
 
     Raises OSError, with the registry as it was, if it cannot be read or written."""
     before = registry.read()

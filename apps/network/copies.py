@@ -30,8 +30,6 @@ _FORMAT = b"Quorvale 1"
 _DATABASE = "db.sqlite3"
 _FILES = ("nom.txt", "secret_key", _DATABASE)
 _VISITORS_FOLDERS = ("ressources", "depots")
-_PAGES = ("templates", "static")
-_PROGRAMS = ("settings.py", "urls.py", "hubs")
 _MAX_FILES = 100_000
 # What an archive can hold
 _FIRST_DATE, _LAST_DATE = (1980, 1, 1, 0, 0, 0), (2107, 12, 31, 23, 59, 58)
@@ -48,26 +46,6 @@ _UNUSABLE = "ce n'est pas une copie de réseau, ou elle est abîmée"
 
 class Refused(Exception):
     """Says in French why nothing was done."""
-
-
-def cause(error):
-    """What an OSError means, in French."""
-    if isinstance(error, registry.NotAFile):
-        return str(error)
-    causes = {
-        errno.ENOSPC: "il n'y a plus assez de place sur le disque",
-        errno.EDQUOT: "il n'y a plus assez de place sur le disque",
-        errno.EFBIG: "ce disque ne prend pas un fichier aussi gros",
-        errno.ENOENT: "le fichier ou son répertoire n'existe pas",
-        errno.EISDIR: "c'est un répertoire",
-        errno.ENOTDIR: "le fichier ou son répertoire n'existe pas",
-        errno.ENAMETOOLONG: "le nom est trop long",
-        errno.EACCES: "vous n'en avez pas le droit",
-        errno.EPERM: "vous n'en avez pas le droit",
-        errno.EINVAL: "ce disque ne prend pas un fichier de ce nom",
-        errno.EROFS: "rien ne peut être écrit sur ce disque",
-    }
-    return causes.get(error.errno, f"erreur {error.errno} du système")
 
 
 @contextmanager
@@ -106,16 +84,13 @@ def _files(folder):
 
 def _changed_files(project, package):
     """The files of the network that neither came with it nor are the template's."""
-    try:
-        came = set((project / ".quorvale-files").read_text("utf-8", "replace").splitlines())
-    except OSError:
-        came = set()
-    for part in (*_PAGES, *_PROGRAMS):
+    came = registry.read_record(project) or {}
+    for part in (*registry.PAGES, *registry.PROGRAMS):
         paths = [package / part] if (package / part).is_file() else _files(package / part)
         for path in paths:
             name, content = path.relative_to(package), path.read_bytes()
             release = registry.TEMPLATE / name
-            if (f"{hashlib.sha256(content).hexdigest()}  {name}" not in came
+            if (hashlib.sha256(content).hexdigest() != came.get(str(name))
                     and not (release.is_file() and release.read_bytes() == content)):
                 yield path
 
@@ -124,7 +99,7 @@ def _add(archive, name, source):
     """Put a file into the archive; a link, or one that has gone meanwhile, is left out. Raises
     Refused for what would not be restored."""
     if not _is_fit(zipfile.ZipInfo(name)):
-        raise Refused(f"« {name} » est dans trop de dossiers, les uns dans les autres")
+        raise Refused(f"« {name} » est dans trop de dossiers, les uns dans les autres")
     if len(archive.infolist()) == _MAX_FILES:
         raise Refused("il a trop de fichiers pour une copie")
     try:
@@ -185,8 +160,8 @@ def make(network, target):
 def _is_fit(info):
     """Whether a copy may hold that file."""
     first, *others = info.filename.split("/")
-    known = (first in _FILES + _PROGRAMS if not others else
-             first in _VISITORS_FOLDERS + _PAGES + _PROGRAMS)
+    known = (first in _FILES + registry.PROGRAMS if not others else
+             first in _VISITORS_FOLDERS + registry.PAGES + registry.PROGRAMS)
     kind = stat.S_IFMT(info.external_attr >> 16)
     return (known and len(others) < _MAX_DEPTH and kind in (0, stat.S_IFREG)
             and all(_FIT_NAME.fullmatch(name) and len(os.fsencode(name)) < 256 for name in others)
@@ -195,7 +170,7 @@ def _is_fit(info):
 
 
 def _checked(archive, size):
-    """The files of a copy of SIZE bytes. Raises Refused if it is none that "make" could make."""
+    """The files of a copy of SIZE bytes. Raises Refused for a copy that make() would not make."""
     files = archive.infolist()
     held = {info.filename for info in files}
     # Nothing is compressed: there cannot be more in it than its own size.
@@ -209,7 +184,8 @@ def _checked(archive, size):
 
 
 def _check_accounts(path):
-    """Django makes tables and indices only: what else there is would act on its own."""
+    """Raises Refused for a database with anything but tables and indices, which is all that Django
+    makes: a trigger or a view would act on its own."""
     with closing(sqlite3.connect(f"{path.resolve().as_uri()}?mode=ro", uri=True)) as database:
         database.execute("PRAGMA trusted_schema = OFF")
         kinds = [row[0] for row in database.execute(
@@ -223,7 +199,7 @@ def _check_accounts(path):
 
 def _extract_file(archive, info, target):
     target.parent.mkdir(parents=True, exist_ok=True)
-    for_all = info.filename.partition("/")[0] in (*_PAGES, "ressources", "nom.txt")
+    for_all = info.filename.partition("/")[0] in (*registry.PAGES, "ressources", "nom.txt")
     with archive.open(info) as member, open(target, "xb") as file:
         shutil.copyfileobj(member, file)
         os.fchmod(file.fileno(), 0o644 if for_all else 0o600)
@@ -233,7 +209,8 @@ def _extract_file(archive, info, target):
 
 @contextmanager
 def _memory_bounded():
-    """The table of contents of an archive could be as large as the disk."""
+    """Bounds the memory of this process: an archive's table of contents may be as large as the
+    disk."""
     limits = resource.getrlimit(resource.RLIMIT_AS)
     resource.setrlimit(resource.RLIMIT_AS, (_MEMORY_BYTES, limits[1]))
     try:
@@ -247,14 +224,15 @@ def _extract(source, contents):
     directory, in "paquet" what goes into its package. Returns the names of those left out."""
     left_out = []
     (contents / "paquet/ressources").mkdir(parents=True)
-    with _memory_bounded(), open(source, "rb", opener=registry.open_without_waiting) as file, \
+    opener = registry.names.open_without_waiting
+    with _memory_bounded(), open(source, "rb", opener=opener) as file, \
             zipfile.ZipFile(file) as archive:
         for info in _checked(archive, os.fstat(file.fileno()).st_size):
             if info.filename == "nom.txt":
                 _extract_file(archive, info, contents / info.filename)
             elif info.filename in _FILES:
                 _extract_file(archive, info, contents / "projet" / info.filename)
-            elif info.filename.split("/")[0] not in _PROGRAMS:
+            elif info.filename.split("/")[0] not in registry.PROGRAMS:
                 _extract_file(archive, info, contents / "paquet" / info.filename)
             else:
                 left_out.append(info.filename)
@@ -278,14 +256,14 @@ def _create(contents, new, descriptor):
 
 
 def restore(source, new):
-    """Make the network of a copy, by the program NEW that creates networks, whole before it is
-    listed. Returns its display name and what of the copy was left out. Raises Refused and
-    OSError."""
+    """Create the network of a copy by NEW, the program that creates networks: it is whole before it
+    is listed. Returns its display name, and the files of the copy that were left out. Raises
+    Refused and OSError."""
     contents = Path(".restauration")
     contents.mkdir(mode=0o700, exist_ok=True)
     with _claimed(contents, os.O_RDONLY, "restauration") as descriptor:
         try:
-            for left in contents.iterdir():  # of a restoring that was killed
+            for left in contents.iterdir():  # by a restoration that was killed
                 shutil.rmtree(left) if left.is_dir() else left.unlink()
             left_out = _extract(source, contents)
             return _create(contents, new, descriptor), left_out

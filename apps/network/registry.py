@@ -2,10 +2,10 @@
 
 It has one network a line: name, bar, directory, bar. The name stands there in the bytes that a
 button of the home screen shows: ISO-8859-1, "&" doubled. Lines of any other form are kept as they
-are. Programs of this directory that change the registry take turns by the lock that the other
-programs know, too.
+are. The programs that change the registry, those in C++ too, take turns by one lock.
 """
 
+import errno
 import fcntl
 import os
 import shutil
@@ -16,7 +16,7 @@ from contextlib import contextmanager
 from pathlib import Path
 
 _PREFIX = Path(__file__).resolve().parent.parent.parent
-# Where the programs are installed, and where they are built.
+# Beside the installed programs, or in the source tree.
 TEMPLATE = next(path for path in (_PREFIX / "share/quorvale", _PREFIX / "runtime")
                 if path.is_dir())
 sys.path.append(str(TEMPLATE / "hubs"))
@@ -25,6 +25,26 @@ import processes  # noqa: E402
 
 _REGISTRY = Path("networks.data")
 _LOCK = ".networks.lock"
+
+# What a network has of the template, besides the files that it offers
+PAGES = ("templates", "static")
+PROGRAMS = ("settings.py", "urls.py", "hubs")
+# In the working directory and in each network: the checksums of the template's files as they came
+RECORD = ".quorvale-files"
+
+_CAUSES = {
+    errno.ENOSPC: "il n'y a plus assez de place sur le disque",
+    errno.EDQUOT: "il n'y a plus assez de place sur le disque",
+    errno.EFBIG: "ce disque ne prend pas un fichier aussi gros",
+    errno.ENOENT: "le fichier ou son répertoire n'existe pas",
+    errno.EISDIR: "c'est un répertoire",
+    errno.ENOTDIR: "le fichier ou son répertoire n'existe pas",
+    errno.ENAMETOOLONG: "le nom est trop long",
+    errno.EACCES: "vous n'en avez pas le droit",
+    errno.EPERM: "vous n'en avez pas le droit",
+    errno.EINVAL: "ce disque ne prend pas un fichier de ce nom",
+    errno.EROFS: "rien ne peut être écrit sur ce disque",
+}
 
 # NUMBER is the index of the network's line, NAME its display name, RECORDED the registry's bytes
 # for it; DIRECTORY is the path as it is recorded.
@@ -35,9 +55,16 @@ class NotAFile(OSError):
     """Something else stands where the registry should be. Says so in French."""
 
 
+def cause(error):
+    """What an OSError means, in French."""
+    if isinstance(error, NotAFile):
+        return str(error)
+    return _CAUSES.get(error.errno, f"erreur {error.errno} du système")
+
+
 @contextmanager
 def locked():
-    """Keeps other programs from changing the registry meanwhile."""
+    """Keep other programs from changing the registry meanwhile."""
     descriptor = os.open(_LOCK, os.O_RDWR | os.O_CREAT | os.O_NOFOLLOW, 0o600)
     try:
         fcntl.flock(descriptor, fcntl.LOCK_EX)
@@ -46,15 +73,10 @@ def locked():
         os.close(descriptor)
 
 
-def open_without_waiting(path, flags):
-    """An opener for what could be a FIFO."""
-    return os.open(path, flags | os.O_NONBLOCK)
-
-
 def read():
     """The lines of the registry, in bytes, without their line feeds; none if there is no file."""
     try:
-        with open(_REGISTRY, "rb", opener=open_without_waiting) as file:
+        with open(_REGISTRY, "rb", opener=names.open_without_waiting) as file:
             if not stat.S_ISREG(os.fstat(file.fileno()).st_mode):
                 raise NotAFile(f"{_REGISTRY} n'est pas un fichier")
             content = file.read()
@@ -64,7 +86,7 @@ def read():
 
 
 def write(lines):
-    """Put these lines in the registry's place, whole or not at all. For who holds the lock."""
+    """Replace the registry's lines, whole or not at all. The caller holds the lock."""
     replace_file(Path(os.path.realpath(_REGISTRY)), b"".join(line + b"\n" for line in lines))
 
 
@@ -87,9 +109,21 @@ def networks(lines):
 
 
 def recorded_name(name, directory):
-    """The bytes that stand for a display name in the registry; the directory's if none is left."""
-    fit = b" ".join(names.latin_1(name).replace(b"|", b" ").split()).replace(b"&", b"&&")
-    return fit or os.fsencode(directory.name)
+    """The bytes that stand for a display name in the registry; the directory's name if nothing is
+    left of it."""
+    return names.registry_name(name) or os.fsencode(directory.name)
+
+
+def read_record(directory):
+    """The checksum of each of the template's files as it came, by the file's name; None if there is
+    no record."""
+    try:
+        record = (directory / RECORD).read_text("utf-8", "surrogateescape")
+    except OSError:
+        return None
+    lines = (line.split(None, 1) for line in record.splitlines())
+    # An empty record is what a power cut left.
+    return {line[1]: line[0] for line in lines if len(line) == 2} or None
 
 
 def is_network(directory):
@@ -117,7 +151,7 @@ def sync(directory):
 
 
 def replace_file(path, content):
-    """Give a file new contents, whole or not at all. Two calls at a time must not be."""
+    """Give a file new contents, whole or not at all. Two calls for one file must take turns."""
     part = path.with_name(f".{path.name}.partiel")
     try:
         with open(part, "wb") as file:

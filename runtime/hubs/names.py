@@ -5,8 +5,9 @@ The file is UTF-8, as an editor leaves it (with a BOM or without). Where it is m
 nothing, the name is that of the network's directory. It is read each time, so that a change shows
 without a restart.
 
-As a program, without Django: "names.py" prints the name of the network that it is part of, and
-"names.py TEXT" the text, in the ISO-8859-1 bytes that clients are given, without a line end.
+As a program, without Django and without a line end: "names.py" prints the name of the network that
+it is part of, in the ISO-8859-1 bytes that clients are given, and "names.py TEXT" the bytes that
+stand for the text in the registry of networks.
 """
 
 import codecs
@@ -40,24 +41,25 @@ def clean(text):
     return " ".join(_UNFIT.sub(" ", text).split())[:LONGEST].rstrip()
 
 
-def _open_without_waiting(path, flags):
-    return os.open(path, flags | os.O_NONBLOCK)  # it could be a FIFO
+def open_without_waiting(path, flags):
+    """An opener for what could be a FIFO."""
+    return os.open(path, flags | os.O_NONBLOCK)
 
 
 def from_file(path):
-    """The name in a file; empty if there is none."""
+    """The name in a file: its first line that is not blank; empty if there is none. The programs
+    that are not in Python read the file by the same rule."""
     try:
-        with open(path, "rb", opener=_open_without_waiting) as file:
+        with open(path, "rb", opener=open_without_waiting) as file:
             content = file.read(10 * LONGEST) or b""
     except OSError:
         return ""
     try:
-        # What was read may end in the middle of a letter.
+        # What was read may end in the middle of a character.
         text = codecs.getincrementaldecoder("utf-8-sig")().decode(content)
     except UnicodeDecodeError:
         text = content.decode("cp1252", "replace")
-    lines = text.strip().splitlines()
-    return clean(lines[0]) if lines else ""
+    return next(filter(None, map(clean, re.split("[\n\r]", text))), "")
 
 
 def display_name(project=PROJECT):
@@ -83,5 +85,11 @@ def latin_1_name(project=PROJECT):
     return latin_1(display_name(project)) or latin_1(clean(project.name)) or b"Quorvale"
 
 
+def registry_name(text):
+    """The bytes that stand for a display name in the registry: ISO-8859-1 without the bar, which
+    ends the name there, and with "&" doubled, for a button hides a single one. Maybe empty."""
+    return b" ".join(latin_1(text).replace(b"|", b" ").split()).replace(b"&", b"&&")
+
+
 if __name__ == "__main__":
-    sys.stdout.buffer.write(latin_1(sys.argv[1]) if len(sys.argv) > 1 else latin_1_name())
+    sys.stdout.buffer.write(registry_name(sys.argv[1]) if len(sys.argv) > 1 else latin_1_name())

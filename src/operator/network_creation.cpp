@@ -48,7 +48,7 @@ QString part_not_copied(const QString& directory) {
 /// Clears the directory where a network is made, and links the template's parts there. Returns
 /// whether all are there.
 bool prepare_workshop(QDir& workshop) {
-    // On a disk that is full, links that are left do no harm.
+    // Links that cannot be removed, on a full disk, do no harm.
     workshop.removeRecursively();
     bool whole = QDir().mkdir(workshop.path());
     for (const char* part : template_parts) {
@@ -157,7 +157,7 @@ CreationStatus make_network(const NewNetwork& wanted, const QString& name, QDir&
 }
 
 /// Gives a network that was made its place and its line in the registry. Returns whether it has
-/// both; otherwise it has none of them, and the reason is said.
+/// both; if not, it has neither, and the reason was printed.
 bool place_and_record(const QString& name, const QString& made, QDir& project) {
     if (!QDir().rename(made, project.path())) {
         fail(name, QStringLiteral("il n'a pas pu être mis à sa place."));
@@ -211,6 +211,7 @@ QString creation_refusal(const QString& name, const QString& directory) {
     if (project.exists() || project.isSymLink()) {
         return QStringLiteral("un fichier ou un répertoire « %1 » existe déjà ici.").arg(directory);
     }
+    // apps/network/adoption.py has the same rule.
     const QRegularExpression plain_path(QStringLiteral(R"(^[\w/.,:@%+=-]+$)"),
                                         QRegularExpression::UseUnicodePropertiesOption);
     if (!plain_path.match(QDir::currentPath()).hasMatch()) {

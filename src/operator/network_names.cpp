@@ -59,12 +59,10 @@ QString directory_name(const QString& display_name, const QSet<QString>& reserve
 }
 
 std::string registry_name(const QString& display_name) {
-    QByteArray name =
-        output_of_python({template_directory() + QStringLiteral("hubs/names.py"), display_name});
-    name.replace('|', ' ');
-    return name.simplified().replace('&', "&&").toStdString();
+    return output_of_python({template_directory() + QStringLiteral("hubs/names.py"), display_name})
+        .toStdString();
 }
 
-QString shown_name(const std::string& registry_name) {
-    return latin1_text(registry_name).replace(QStringLiteral("&&"), QStringLiteral("&"));
+QString shown_name(const std::string& recorded) {
+    return latin1_text(recorded).replace(QStringLiteral("&&"), QStringLiteral("&"));
 }

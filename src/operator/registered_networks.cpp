@@ -12,8 +12,8 @@
 
 namespace {
 
-/// The first line of "nom.txt" that is not blank, or an empty text. The network's own program reads
-/// the file in the same way.
+/// The first line of "nom.txt" that is not blank, or an empty text. The template's hubs/names.py
+/// reads the file by the same rule.
 QString name_in_file(const QDir& project) {
     const QString path = project.filePath(QStringLiteral("nom.txt"));
     QFile file(path);
@@ -21,9 +21,15 @@ QString name_in_file(const QDir& project) {
         return {};
     }
     const int longest = 100;
-    const QString text = text_of_file(file.read(qint64{10} * longest)).trimmed();
     static const QRegularExpression line_end(QStringLiteral(R"([\n\r])"));
-    return text.section(line_end, 0, 0).simplified().left(longest).trimmed();
+    static const QRegularExpression control_characters(QStringLiteral(R"([\x00-\x1f\x7f-\x9f]+)"));
+    for (QString line : text_of_file(file.read(qint64{10} * longest)).split(line_end)) {
+        line.replace(control_characters, QStringLiteral(" "));
+        if (!line.simplified().isEmpty()) {
+            return line.simplified().left(longest).trimmed();
+        }
+    }
+    return {};
 }
 
 QString display_name(const Network& network) {
