@@ -144,7 +144,7 @@ LOGOUT_REDIRECT_URL = "index"
 SESSION_EXPIRE_AT_BROWSER_CLOSE = True
 SESSION_COOKIE_AGE = 8 * 60 * 60
 
-# More than anybody may send at once (see hubs/limits.py): of so many, none is taken
+# More than anybody may send at once (see hubs/limits.py): Django refuses a form with more
 DATA_UPLOAD_MAX_NUMBER_FILES = 2000
 FILE_UPLOAD_HANDLERS = [f"{PACKAGE}.hubs.uploads.NamelessFileHandler"]
 

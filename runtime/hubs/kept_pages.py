@@ -44,16 +44,16 @@ def same_for_visitors(view):
     """Keep what the view answers for a second, for visitors who send none of our cookies. Answers
     that are for one visitor (with a form's token or a cookie) are not kept."""
     @functools.wraps(view)
-    def kept_view(request, **words):
+    def kept_view(request, **kwargs):
         if _is_personal(request):
-            return view(request, **words)
+            return view(request, **kwargs)
         address = (request.META.get("HTTP_HOST"), request.path, request.META["QUERY_STRING"])
         body = _fresh(address)
         if body is None:
             with _rendering:  # the others wait for the one page
                 body = _fresh(address)
                 if body is None:
-                    response = view(request, **words)
+                    response = view(request, **kwargs)
                     if (response.status_code != 200 or response.cookies
                             or "CSRF_COOKIE" in request.META):
                         return response

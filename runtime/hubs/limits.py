@@ -4,7 +4,7 @@ import os
 
 from django.conf import settings
 
-# Where the files are kept that visitors hand in: beside those that are offered, and seen by staff.
+# Where the files that visitors hand in are kept, for staff alone: beside those that are offered
 HANDED_IN_DIR = settings.RESOURCES_DIR.parent / "depots"
 
 # How many files staff may offer at once: the photographs of a camera, for instance
@@ -31,7 +31,7 @@ SPARE_BYTES = 500 * 2**20
 LOGIN_TRIES = 5
 LOGIN_PAUSE = 60
 
-# Log-ins that are judged at the same time: each keeps a processor busy for a third of a second
+# Log-ins that are checked at the same time: each keeps a processor busy for a third of a second
 LOGINS_AT_ONCE = os.cpu_count() or 1
 
 # For how many seconds after its last change an offered file is not given: a file manager may still

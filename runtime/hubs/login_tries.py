@@ -7,9 +7,9 @@ from . import limits
 
 
 class LoginTries:
-    """Counts tries by a key for LOGIN_PAUSE seconds from the first. Other keys, however
-    many, push no count out. Each process of a server counts for itself; its threads may do so at
-    once."""
+    """Counts tries by key, for LOGIN_PAUSE seconds from the first. No number of other keys pushes a
+    count out. Each process of a server counts for itself. May be used by several threads at once.
+    """
 
     def __init__(self):
         self._counts = {}  # key: number of tries, and when they are forgotten; the oldest first

@@ -11,7 +11,7 @@ from .names import unidecode
 _SHARED_NAME = "quorvale"
 _SECONDS_TO_WITHDRAW = 3
 _MAX_CANDIDATES = 10
-# What other machines tell the LAN is kept by the library, until this much of it
+# How many records of other machines' announcements the library may keep
 _MAX_RECORDS = 2000
 
 _held = []  # the announcements that hold names

@@ -23,8 +23,8 @@ _PROCESSES = Path("/proc")
 _LISTENS = "0A"
 _REMOVED = " (deleted)"  # the kernel's word for it
 
-# Who listens at an address: the name of the user, the start of the command line if it
-# can be read, and the directory if it is a network of this operator.
+# Who listens at an address: the name of the user, the start of the command line if it can be read,
+# and the directory if it is a network of this operator.
 Holder = collections.namedtuple("Holder", "user program network")
 
 
@@ -129,7 +129,7 @@ def holder(address, port):
 
 
 def described(found):
-    """The holder in French, behind "par"."""
+    """The holder in French, as it stands after "par"."""
     return f"l'utilisateur « {found.user} » ({found.program or 'programme inconnu'})"
 
 

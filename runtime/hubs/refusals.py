@@ -32,9 +32,9 @@ def staff_only(view):
     protected = staff_member_required(view)
 
     @wraps(view)
-    def checked(request, *arguments, **words):
+    def checked(request, *args, **kwargs):
         if request.method == "POST" and not request.user.is_staff:
             return session_ended(request)
-        return protected(request, *arguments, **words)
+        return protected(request, *args, **kwargs)
     checked.for_staff = True
     return checked

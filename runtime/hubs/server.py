@@ -1,9 +1,9 @@
 """The server of a network: Django's own, able to serve a school.
 
-What differs from Django's: connections may queue (128), and only so many may be open; none may wait
-long for a request, send its head slowly, or stand still; nothing is looked up in
-the DNS; answers are not held back on kept connections; files are sent by the kernel; and of a body
-that the page does not read, only pieces are ever in memory.
+What differs from Django's: more connections may queue, but only so many may be open; none may wait
+long for a request, send its head slowly, or stand still; nothing is looked up in the DNS; answers
+are not held back on kept connections; files are sent by the kernel; and a body that the page does
+not read is never in memory as a whole.
 """
 
 import http

@@ -10,7 +10,7 @@ from django.views.decorators.http import require_safe
 from . import mdns, names
 
 SECONDS = 5 * 60
-_MOST = 10_000
+_MAX_VISITORS = 10_000
 
 _last_seen = {}  # by the visitor's address
 _counting = threading.Lock()
@@ -34,7 +34,7 @@ def note(request):
     with _counting:
         _last_seen.pop(address, None)  # the latest stand last
         _last_seen[address] = time.monotonic()
-        while len(_last_seen) > _MOST:
+        while len(_last_seen) > _MAX_VISITORS:
             del _last_seen[next(iter(_last_seen))]
 
 

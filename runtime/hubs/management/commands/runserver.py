@@ -34,7 +34,7 @@ def _end_orderly(_number, _frame):
 
 
 class Command(runserver.Command):
-    help = "Sert le réseau jusqu'à Ctrl+C. --verbosity 2 : une ligne par requête."
+    help = "Sert le réseau jusqu'à Ctrl+C. --verbosity 2 : une ligne par requête."
 
     def handle(self, *args, **options):
         # On a machine without a network, the programs give no address.
