@@ -49,7 +49,8 @@ void ClientControls::complete_list(int focused) {
         entries.push_back({latin1_text(network->name), latin1_text(network->address)});
     }
     list->show_entries(entries);
-    // A server is asked first whether it is still there; then the window's part is done.
+    // Past the window's own slot: a server is first asked whether it is still there. The mappers of
+    // earlier lists are still the window's.
     auto* mapper = window.findChildren<QSignalMapper*>(QStringLiteral("network_mapper")).last();
     mapper->disconnect(&window);
     connect(mapper, &QSignalMapper::mappedInt, this, &ClientControls::choose);
@@ -86,7 +87,7 @@ void ClientControls::choose(int index) {
 
 void ClientControls::open_server(const std::string& address, const QString& name) {
     if (asking) {
-        return;  // by the first of two clicks
+        return;  // a server is already being asked: the second of two clicks
     }
     asking = true;
     window.setCursor(Qt::BusyCursor);

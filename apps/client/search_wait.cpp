@@ -55,8 +55,8 @@ void SearchWait::watch() const {
     // Not reaped here: until the destructor the number stays that of this process.
     waitid(P_PID, static_cast<id_t>(process), &end, WEXITED | WNOWAIT);
     if (end.si_code == CLD_EXITED && end.si_status == 0) {
-        // In this process's place, the search's thread is gone before its commands are ended: it
-        // starts no other one.
+        // Replacing this process ends the search's thread before its commands are killed, so that
+        // it starts no other.
         execl(program.c_str(), program.c_str(), "--end", nullptr);
     }
 }

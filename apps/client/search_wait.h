@@ -21,7 +21,7 @@ public:
     SearchWait& operator=(const SearchWait&) = delete;
 
 private:
-    /// Waits for the end of the process.
+    /// Waits for the end of the process, and ends this program if the operator closed the window.
     void watch() const;
 
     std::string program;

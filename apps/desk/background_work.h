@@ -4,9 +4,9 @@
 #include <QThreadPool>
 #include <QtConcurrentRun>
 
-/// Does work that takes its time on a thread of the pool, then calls `done` with what it returned,
-/// on the thread of the context; when the context has gone meanwhile, nothing is called. The work
-/// holds copies of all it needs: it goes on without the context.
+/// Does work that may take long on a thread of the pool, then calls `done` with its result on the
+/// context's thread, unless the context was destroyed meanwhile. The work must hold copies of all
+/// it needs, for it goes on without the context.
 template <typename Work, typename Done>
 void work_in_background(QThreadPool& threads, QObject& context, Work work, Done done) {
     auto* watcher = new QFutureWatcher<decltype(work())>(&context);

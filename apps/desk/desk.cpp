@@ -4,11 +4,9 @@
 #include <QFile>
 #include <QKeyEvent>
 #include <QLabel>
-#include <QMenu>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QSignalMapper>
-#include <QVBoxLayout>
 
 #include "applicationsetup.h"
 #include "background_work.h"
@@ -109,9 +107,9 @@ void Desk::show_home(const QString& focused_network) {
     } while (has_other_buttons());
     state = State::at_home;
     wire_home();
-    // Now that the list has moved: what is hidden keeps the font of its old place.
+    // Set again now that the list has moved: hidden widgets keep the font of their old place.
     window->setStyleSheet(QString::fromLatin1(white_page_style));
-    served.assign(networks.size(), false);  // until the look has ended
+    served.assign(networks.size(), false);  // until look() has told
     look();
     mark_running();
     for (int i = static_cast<int>(networks.size()) - 1; i >= 0; --i) {
@@ -137,7 +135,7 @@ void Desk::wire_home() {
     }
     add_menu_buttons();
     add_home_links(*window);
-    // The desk looks first whether the network can be started.
+    // Past the window's own slot: the desk checks first whether the network can be started.
     auto* mapper = window->findChild<QSignalMapper*>(QStringLiteral("network_mapper"));
     mapper->disconnect(window.get());
     connect(mapper, &QSignalMapper::mappedInt, this, &Desk::choose, Qt::QueuedConnection);
@@ -150,7 +148,7 @@ void Desk::add_menu_buttons() {
         button->setAccessibleName(QStringLiteral("Menu de ") + name);
         button->setToolTip(button->accessibleName());
         button->setMinimumHeight(list->buttons()[i]->minimumHeight());
-        connect(button, &QPushButton::clicked, this, [this, i] { show_menu(i); });
+        connect(button, &QPushButton::clicked, this, [this, i, button] { show_menu(i, *button); });
         list->add_beside(i, button);
     }
     auto* restore =
@@ -166,7 +164,7 @@ void Desk::add_menu_buttons() {
     list->add_below(restore);
 }
 
-void Desk::show_menu(int n) {
+void Desk::show_menu(int n, const QWidget& button) {
     if (state != State::at_home) {
         return;
     }
@@ -182,8 +180,7 @@ void Desk::show_menu(int n) {
             });
         }
     });
-    auto* button = static_cast<QWidget*>(sender());
-    menu->popup(button->mapToGlobal(QPoint(0, button->height())));
+    menu->popup(button.mapToGlobal(QPoint(0, button.height())));
 }
 
 template <typename Task, typename Done>
@@ -228,7 +225,7 @@ void Desk::mark_running() {
 
 void Desk::show_form() {
     if (state != State::at_home) {
-        return;  // a network was chosen just before
+        return;  // a network was clicked just before
     }
     marking.stop();
     state = State::in_form;
@@ -270,7 +267,7 @@ bool Desk::may_close() {
 
 void Desk::choose(int n) {
     if (state != State::at_home) {
-        return;  // it was the second of two clicks
+        return;  // the second of two clicks
     }
     state = State::working;
     look_before([this, n] { begin(n); });
@@ -378,7 +375,7 @@ void Desk::show_ready() {
     connect(
         screen, &ReadyScreen::list_pressed, this,
         [this] {
-            if (chosen != nullptr && state != State::working) {  // or it was the second of two
+            if (chosen != nullptr && state != State::working) {  // not by the second of two clicks
                 show_home(latin1_text(chosen->name));
             }
         },
@@ -393,7 +390,8 @@ void Desk::watch_chosen(const std::set<pid_t>& old_shells) {
 
 void Desk::follow(const NetworkState& seen) {
     runs = seen.runs;
-    // Not before the new terminal is there: that of gnome-terminal's last window is lost with it.
+    // Not before the new terminal is there: gnome-terminal ends with its last window, and a
+    // terminal that was asked for meanwhile never comes.
     if (seen.runs || seen.ended) {
         close_old_terminals();
     }
@@ -405,7 +403,7 @@ void Desk::follow(const NetworkState& seen) {
     if (state == State::in_service && !seen.answers) {
         screen->show_lost(loss_reason(seen));
     } else if (seen.answers) {
-        serve(seen);
+        show_in_service(seen);
     } else if (state == State::starting && has_failed(seen)) {
         fail_start();
     }
@@ -416,7 +414,7 @@ bool Desk::has_failed(const NetworkState& seen) const {
            (was_launched && terminal_deadline.hasExpired() && !seen.opened);
 }
 
-void Desk::serve(const NetworkState& seen) {
+void Desk::show_in_service(const NetworkState& seen) {
     screen->show_answering(seen);
     if (state != State::in_service) {
         state = State::in_service;
@@ -481,7 +479,7 @@ void Desk::open_page() {
 
 void Desk::restart_chosen() {
     if (state != State::in_service) {
-        return;  // by the first of two clicks
+        return;  // it already restarts: the second of two clicks
     }
     state = State::working;
     leave_watch();
@@ -492,7 +490,7 @@ void Desk::restart_chosen() {
 
 void Desk::stop_and_leave() {
     if (chosen == nullptr || state == State::working) {
-        return;  // stopped by the first of two clicks
+        return;  // it already stops: the second of two clicks
     }
     leave_watch();
     screen->show_waiting(QStringLiteral("Arrêt…"));

@@ -23,8 +23,8 @@ class NetworkList;
 class ReadyScreen;
 
 /// The operator's desk: the network selection window with an action behind every control. The
-/// window builds its screens as ever; the desk finds the widgets on them by their names, connects
-/// them, and adds what is missing. What may take its time is done on other threads.
+/// window builds its screens; the desk finds the widgets on them by their names, connects them, and
+/// adds what is missing. What may take long is done on other threads.
 class Desk : public QObject {
     Q_OBJECT
 
@@ -59,8 +59,10 @@ private:
     bool has_other_buttons() const;
     void wire_home();
     void add_menu_buttons();
-    void show_menu(int n);
-    /// Looks which networks are in service, now and every two seconds while the home screen stands.
+    /// The menu of network n, below its button.
+    void show_menu(int n, const QWidget& button);
+    /// Looks which networks are in service, now and then every two seconds while the home screen is
+    /// shown.
     void look();
     void mark_running();
     void show_form();
@@ -70,13 +72,14 @@ private:
     /// meanwhile.
     template <typename Task, typename Done>
     void work(Task task, Done done);
-    /// Does `done` once it is known anew which networks are in service.
+    /// Looks which networks are in service, then calls `done`.
     void look_before(const std::function<void()>& done);
 
     /// A click on button n of the home screen.
     void choose(int n);
+    /// Starts network n, or shows it if it is in service already.
     void begin(int n);
-    /// Returns whether the network may be started though others are in service: asks.
+    /// Asks whether the networks in service may be stopped for network n. Returns the answer.
     bool may_replace_others(int n);
     void show_loading();
     /// Makes the start this program's alone, ends the networks in service and launches the chosen
@@ -88,10 +91,14 @@ private:
     void close_old_terminals();
     void show_ready();
     void watch_chosen(const std::set<pid_t>& old_shells);
+    /// Brings the screen up to date with what the watch saw.
     void follow(const NetworkState& seen);
     bool has_failed(const NetworkState& seen) const;
-    void serve(const NetworkState& seen);
+    void show_in_service(const NetworkState& seen);
+    /// Finds out why the start has failed, then gives it up.
     void fail_start();
+    /// Says why the network does not answer, and goes back to the list; on the ready screen of a
+    /// network that was in service, it is said there.
     void give_up_start(const QString& reason);
     void leave_chosen();
     void leave_watch();
@@ -111,9 +118,9 @@ private:
 
     State state = State::at_home;
     const Network* chosen = nullptr;
-    bool was_launched = false;  ///< the chosen one, from the home screen
-    bool was_raised = false;    ///< over its terminal
-    bool runs = false;          ///< its server did, when it was last looked at
+    bool was_launched = false;  ///< by the click that chose it; else it was in service already
+    bool was_raised = false;    ///< the window, over the terminal that opened
+    bool runs = false;          ///< its server did, when last seen
     QPointer<NetworkWatch> watch;
     QDeadlineTimer deadline;                           ///< of the start
     QDeadlineTimer terminal_deadline;                  ///< until when its terminal may take to open

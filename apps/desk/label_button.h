@@ -13,7 +13,7 @@ public:
     explicit LabelButton(QLabel& shown);
 
 signals:
-    /// Queued: the label may go.
+    /// Queued, so that the label may be deleted by it.
     void pressed();
 
 protected:
@@ -23,5 +23,5 @@ private:
     void press();
 
     QLabel& label;
-    bool is_pressed = false;  ///< the second of two clicks is none
+    bool is_pressed = false;  ///< until the signal is sent, further clicks are ignored
 };

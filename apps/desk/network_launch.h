@@ -17,7 +17,7 @@ struct Launch {
     std::set<pid_t> old_shells{};  ///< the plain shells in the network's directory before it
 };
 
-/// Ends the servers of those project directories, for they have the address that the network is to
-/// have, then launches it. Not when there are none and another program holds its port. Blocks for
-/// some seconds at most; for any thread.
+/// Ends the servers of the other project directories, which have the network's address, then
+/// launches it. When there are none and another program holds the port, it is not launched. Blocks
+/// for some seconds at most; may be called on any thread.
 Launch launch(const Network& network, const std::vector<std::string>& others);

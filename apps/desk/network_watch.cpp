@@ -18,7 +18,8 @@
 
 namespace {
 
-/// The name that the network's server is to answer, by the network's own program; empty without it.
+/// The name that the network's server has to answer, as the network's own program gives it; empty
+/// without that program.
 QByteArray name_by_project(const std::string& directory) {
     const QDir project(QFile::decodeName(directory.c_str()));
     for (const QString& package : project.entryList(QDir::Dirs | QDir::NoDotAndDotDot)) {
@@ -105,8 +106,7 @@ void NetworkWatch::ask() {
 QNetworkReply* NetworkWatch::get(const QUrl& page) {
     QNetworkRequest request(page);
     request.setTransferTimeout(5000);
-    // As one who comes now: a connection that was kept would be served where none is taken any
-    // more.
+    // As a new visitor: a kept connection would still be served where no new one is accepted.
     request.setRawHeader("Connection", "close");
     return web.get(request);
 }

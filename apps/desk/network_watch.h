@@ -62,7 +62,7 @@ private:
     const Network network;
     const std::set<pid_t> old_shells;
     NetworkState state;
-    QByteArray own_name;  ///< that the network is to answer, as far as it was asked for
+    QByteArray own_name;  ///< that its server has to answer; empty until that was read
     QNetworkAccessManager web;
     QTimer timer;
     QThreadPool& threads;

@@ -6,7 +6,8 @@ class QHBoxLayout;
 class QPushButton;
 class QVBoxLayout;
 
-/// A list that scrolls, a row a thing: what it is, then the buttons of what can be done with it.
+/// A list that scrolls. Each row says what it stands for, and has buttons for what can be done with
+/// it.
 class RowList : public QScrollArea {
 public:
     explicit RowList(const char* name);
@@ -16,8 +17,8 @@ public:
     void clear();
     /// Adds a row of two lines of text, which are plain; the second may be empty.
     void add_row(const QString& text, const QString& detail);
-    /// Adds a button to the last row, and returns it. A screen reader says, after its text, whose
-    /// it is.
+    /// Adds a button to the last row, and returns it. A screen reader says the row's text after the
+    /// button's.
     QPushButton* add_button(const char* name, const QString& text);
 
 private:

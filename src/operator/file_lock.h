@@ -1,7 +1,7 @@
 #pragma once
 
-/// A lock between programs, in a file of the working directory that is created for it and stays:
-/// one that were removed could be locked by two, each in a file of its own. The kernel frees it
+/// A lock between programs: a file of the working directory, created for it. The file stays, for if
+/// it were removed, two programs could each lock a file of that name. The kernel frees the lock
 /// when its program ends, however that happens.
 class FileLock {
 public:
@@ -10,12 +10,12 @@ public:
     FileLock& operator=(const FileLock&) = delete;
     ~FileLock();
 
-    /// Waits for its turn. Returns whether it has it, until the end of this object; false when the
-    /// file cannot be written.
+    /// Waits for the lock and takes it, for the life of this object. Returns false when the file
+    /// cannot be written.
     bool take() const;
 
-    /// Takes the lock unless another has it, which returns false. Returns true also when the file
-    /// cannot be written, for then nobody is kept out.
+    /// Takes the lock without waiting. Returns false when another program has it; true also when
+    /// the file cannot be written, for then nobody is kept out.
     bool try_take() const;
 
 private:

@@ -7,9 +7,9 @@ class QWidget;
 /// The state of a form that `form_panel` built: what is wrong with its fields, and whether it is
 /// busy with what was typed.
 
-/// Says why a field's contents were refused, a reason a line: the first one stands beside the
-/// field, all are its tool tip and its description to a screen reader. The first field refused gets
-/// the focus; a text that was refused is selected.
+/// Says why a field's contents were refused, one reason per line: the first stands beside the
+/// field, all of them are in the reason's tool tip and in what a screen reader says of the field.
+/// The first field refused gets the focus; a text that was refused is selected.
 void refuse_field(QWidget& field, const QString& reason);
 
 /// Refuses a password that is missing, or that its confirmation does not repeat. Returns whether
