@@ -1,36 +1,13 @@
 #include "applicationsetup.h"
 
 #include <QApplication>
-#include <QEvent>
 #include <QIcon>
 #include <QLocale>
 #include <QPalette>
-#include <QTimer>
 #include <QWidget>
 
+#include "maximising_guard.h"
 #include "qt_compat.h"
-
-namespace {
-
-/// Undoes a maximisation: under Wayland, Qt's own frame offers it even to a window of a fixed size.
-class MaximisingGuard : public QObject {
-public:
-    explicit MaximisingGuard(QWidget& guarded) : QObject(&guarded), window(guarded) {
-        window.installEventFilter(this);
-    }
-
-    bool eventFilter(QObject* watched, QEvent* event) override {
-        if (event->type() == QEvent::WindowStateChange && window.isMaximized()) {
-            QTimer::singleShot(0, &window, &QWidget::showNormal);
-        }
-        return QObject::eventFilter(watched, event);
-    }
-
-private:
-    QWidget& window;
-};
-
-}  // namespace
 
 ApplicationSetup::ApplicationSetup()
     : style_file(QStringLiteral("style.qss")), languages(QLocale::system().uiLanguages()) {
@@ -46,7 +23,6 @@ void ApplicationSetup::dress_window(QWidget& window) {
         window.setWindowIcon(QIcon(icon_file));
     }
     window.setWindowFlags(Qt::Window | Qt::WindowMinimizeButtonHint | Qt::WindowCloseButtonHint);
-    new MaximisingGuard(window);
 }
 
 void ApplicationSetup::show_first_window(QWidget& window) {
@@ -56,6 +32,9 @@ void ApplicationSetup::show_first_window(QWidget& window) {
         qputenv(variable, "none");
     }
     window.show();
+    if (QGuiApplication::platformName().startsWith(QStringLiteral("wayland"))) {
+        new MaximisingGuard(window);
+    }
     if (!chosen_by_operator) {
         qunsetenv(variable);
     }
