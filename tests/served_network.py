@@ -73,13 +73,13 @@ class ServedNetworkTest(unittest.TestCase, Visitor):
     def make_account(self):
         shutil.copy(self.accounts, self.project)
 
-    def start_server(self, verbosity=1, **options):
+    def start_server(self, verbosity=1, address="127.0.0.1", **options):
         if not self.port:
             with socket.socket() as probe:
                 probe.bind(("127.0.0.1", 0))
                 self.port = probe.getsockname()[1]
         self.server = subprocess.Popen(
-            ["python3", "manage.py", "runserver", f"127.0.0.1:{self.port}",
+            ["python3", "manage.py", "runserver", f"{address}:{self.port}",
              f"--verbosity={verbosity}"], cwd=self.project, env=ENVIRONMENT, start_new_session=True,
             **{"stdout": subprocess.DEVNULL, "stderr": subprocess.DEVNULL, **options})
         self.addCleanup(self.end_server)

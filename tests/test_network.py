@@ -1,6 +1,7 @@
 #!/usr/bin/python3
 """Usage: test_network.py PROGRAMS. The jobs of a network's life, by quorvale-network."""
 
+import fcntl
 import os
 import shutil
 import sqlite3
@@ -10,11 +11,16 @@ import sys
 import tempfile
 import unittest
 import zipfile
+from contextlib import chdir
 from pathlib import Path
 
 from quick_django import make_commands, place_template
 
 SOURCE = Path(__file__).resolve().parent.parent
+sys.dont_write_bytecode = True
+sys.path.append(str(SOURCE / "apps/network"))
+import registry  # noqa: E402
+
 PROGRAMS = Path(sys.argv.pop())
 RECORDED = b"\xc9t\xe9|/Ete|\nnot a network\nForge|/Forge|"
 # Ends the program before one of the steps that change something, as a kill does.
@@ -105,6 +111,11 @@ class Network(unittest.TestCase):
             self.assertEqual((status, out, err[:5]), (2, "", "Usage"), words)
         self.assertEqual(self.done("-h"), self.done("--help"))
         self.assertRegex(self.done("--version"), r"\AQuorvale [0-9.]+\n\Z")
+
+    def test_lock(self):
+        with chdir(self.work), registry.locked(), open(".networks.lock", "rb") as lock:
+            with self.assertRaises(BlockingIOError):
+                fcntl.flock(lock, fcntl.LOCK_EX | fcntl.LOCK_NB)
 
     def test_list_and_rename(self):
         self.serve()
@@ -239,6 +250,7 @@ class Network(unittest.TestCase):
                     "CREATE TRIGGER t AFTER UPDATE ON auth_user BEGIN"
                     " UPDATE auth_user SET is_superuser = 1; END")}, {}),
                 ("view", {**fit, "db.sqlite3": database("CREATE VIEW v AS SELECT 1")}, {}),
+                ("damaged", {**fit, "db.sqlite3": database()[:-4096] + b"x" * 4096}, {}),
                 ("empty", {**fit, "db.sqlite3": database("DROP TABLE auth_user")}, {})):
             with self.subTest(name):
                 self.archive(files, **changes)

@@ -6,6 +6,7 @@ import os
 import pty
 import re
 import shutil
+import signal
 import socket
 import subprocess
 import sys
@@ -198,7 +199,7 @@ class ServerTest(ServedNetworkTest):
     def test_log_ins(self):
         self.bound("LOGINS_AT_ONCE", 1)
         self.make_account()
-        self.start_server()
+        self.start_server(address="")  # as on a machine without a network
         for _ in range(6):  # of which none is a try
             self.assertEqual(self.log_in("zoé", ""), (200, False))
         with socket.create_connection(("127.0.0.1", self.port), 60) as slow:
@@ -238,6 +239,7 @@ class ServerTest(ServedNetworkTest):
                     answer += client.recv(4096)
         self.server.terminate()
         self.server.wait(60)
+        self.assertTrue(termios.tcgetattr(terminal)[0] & termios.IXON)
 
     def test_server_processes(self):
         """The programs' own rule is tested by the same table."""
@@ -245,6 +247,15 @@ class ServerTest(ServedNetworkTest):
         for line in table.read_bytes().splitlines():
             verdict, *words = line.split(b"|")
             self.assertEqual(processes.is_server_command(words), verdict == b"yes", line)
+        deaf = subprocess.Popen(  # what it is called decides, not what it does
+            ("python3", "--follow", "manage.py", "runserver"), executable="/usr/bin/tail",
+            cwd=self.project, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL,
+            preexec_fn=lambda: signal.signal(signal.SIGTERM, signal.SIG_IGN))
+        self.addCleanup(deaf.kill)
+        ended = processes._ended
+        with mock.patch.object(processes, "_ended", lambda process, _seconds: ended(process, 0.1)):
+            processes.end(self.project)
+        self.assertEqual(deaf.wait(60), -signal.SIGKILL)
         self.start_server()
         self.ask("/_infos/kl/")  # all its modules are loaded then
         shutil.rmtree(self.project)

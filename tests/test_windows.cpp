@@ -271,6 +271,7 @@ private slots:
         entries[7].name = QStringLiteral("Arts & Lettres");
         list.show_entries(entries);
         QCOMPARE(list.buttons()[7]->accessibleName(), QStringLiteral("Arts & Lettres"));
+        QCOMPARE(list.buttons()[7]->text(), QStringLiteral("Arts && Lettres"));
         QVERIFY(list.buttons()[0]->accessibleName().endsWith(QStringLiteral("/d0")));
         list.focus(39);
         const QPushButton* last = list.buttons()[39];
