@@ -23,7 +23,7 @@ fail() {
     exit 1
 }
 
-# Says what stands when the trial has failed: the last output of its programs, and their windows.
+# When the trial has failed, shows the last output of its programs and what their windows show.
 # shellcheck disable=SC2317 # called by the trap
 show_what_stands() {
     local title

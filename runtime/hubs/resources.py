@@ -15,8 +15,8 @@ from django.conf import settings
 
 from . import limits
 
-# Bytes that are no UTF-8 stand in names as surrogates. What turns the direction of writing around
-# would make a program look like a picture.
+# Control characters and surrogates, which stand for bytes that are not UTF-8; and what changes the
+# direction of writing, which would make a program look like a picture.
 _UNFIT_CHARACTERS = re.compile(
     r"[\x00-\x1f\x7f-\x9f\u202a-\u202e\u2066-\u2069\ud800-\udfff/]")
 
@@ -36,7 +36,7 @@ _CAUSES = {
     errno.ENOENT: "le répertoire ou le fichier n'existe plus",
 }
 
-# What stands for more than one letter, or for another sign on a keyboard
+# Characters that are typed as two letters, or as another sign
 _LIGATURES = str.maketrans({"œ": "oe", "Œ": "oe", "æ": "ae", "Æ": "ae", "’": "'"})
 
 _FOLDER = os.O_RDONLY | os.O_DIRECTORY | os.O_CLOEXEC
