@@ -15,6 +15,7 @@
 #include "background_command.h"
 #include "djangomanager.h"
 #include "hub_utilities.h"
+#include "listed_network.h"
 #include "network.h"
 #include "network_names.h"
 #include "registered_networks.h"
@@ -329,6 +330,16 @@ private slots:
         QFile::remove(QStringLiteral("a/nom.txt"));
         QCOMPARE(mkfifo("a/nom.txt", 0600), 0);
         QCOMPARE(registered_networks()[0].name, QStringLiteral("A"));
+    }
+
+    void list_of_networks() {
+        const QString output = QStringLiteral("A\t/d/a\t2048\tservi\nB\t/d/b\t0\tabsent");
+        const std::pair<std::string, QString> rows[] = {
+            {"/d/b", QStringLiteral("absent")}, {"/d//a/", QStringLiteral("servi")}, {"/d", {}}};
+        for (const auto& [directory, state] : rows) {
+            const auto found = find_listed(output, {QStringLiteral("A"), directory});
+            QCOMPARE(found ? found->state : QString(), state);
+        }
     }
 
     void discovery() {

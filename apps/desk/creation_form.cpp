@@ -29,7 +29,7 @@ CreationForm::CreationForm(NetworkSelectionWindow& shown)
     save_text = save_button->text();
     back_link = window.findChild<QLabel*>(QStringLiteral("back_link"));
 
-    fields[name]->setMaxLength(100);
+    fields[name]->setMaxLength(longest_name);
     fields[path]->setReadOnly(true);
     fields[path]->setFocusPolicy(Qt::ClickFocus);
     fields[password]->setEchoMode(QLineEdit::Password);
@@ -61,8 +61,12 @@ void CreationForm::leave() {
     }
 }
 
+QString CreationForm::typed_name() const {
+    return clean_name(fields[name]->text());
+}
+
 void CreationForm::show_path() {
-    const QString typed = fields[name]->text().simplified();
+    const QString typed = typed_name();
     fields[path]->setText(
         typed.isEmpty() ? QString() : QDir::current().filePath(directory_name(typed, taken_names)));
     fields[path]->setToolTip(fields[path]->text());
@@ -76,7 +80,7 @@ void CreationForm::refuse(Field field, const QString& reason) {
 bool CreationForm::check() {
     refused = false;
     accept_fields(*save_button->parentWidget());
-    const QString typed = fields[name]->text().simplified();
+    const QString typed = typed_name();
     const QString reason = creation_refusal(typed, directory_name(typed, taken_names));
     if (!reason.isEmpty()) {
         refuse(name, reason);
@@ -107,8 +111,7 @@ void CreationForm::set_busy(bool busy) {
 void CreationForm::create() {
     run_in_background(*this,
                       {program_path("quorvale-new"), QStringLiteral("--admin"),
-                       fields[pseudonym]->text().trimmed(), QStringLiteral("--"),
-                       fields[name]->text().simplified()},
+                       fields[pseudonym]->text().trimmed(), QStringLiteral("--"), typed_name()},
                       QDir::currentPath(), fields[password]->text().toUtf8(),
                       [this](int status, const QString& said) { end_creation(status, said); });
 }
@@ -121,7 +124,7 @@ void CreationForm::end_creation(int status, const QString& said) {
     }
     switch (status) {
         case created_whole:
-            emit created(latin1_text(registry_name(fields[name]->text().simplified())));
+            emit created(latin1_text(registry_name(typed_name())));
             return;
         case password_refused:
             refuse(password, said);

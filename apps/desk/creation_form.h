@@ -27,12 +27,13 @@ public:
 
 signals:
     void left();
-    /// The network stands in the registry under that name, its bytes as Latin-1 characters.
+    /// The network is in the registry under that name, its bytes as Latin-1 characters.
     void created(const QString& registered_name);
 
 private:
     enum Field { name, path, pseudonym, password, confirmation };
 
+    QString typed_name() const;
     void show_path();
     void save();
     bool check();

@@ -35,10 +35,6 @@ QString quoted(const QString& name) {
     return QStringLiteral("« %1 »").arg(name);
 }
 
-QString own_page(const QString& address) {
-    return QStringLiteral("http://%1:8000").arg(own_host(address));
-}
-
 }  // namespace
 
 Desk::Desk() {

@@ -1,6 +1,5 @@
 #include "network_watch.h"
 
-#include <QDir>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -14,6 +13,7 @@
 
 #include "background_work.h"
 #include "hub_utilities.h"
+#include "registered_networks.h"
 #include "server_processes.h"
 
 namespace {
@@ -21,16 +21,13 @@ namespace {
 /// The name that the network's server has to answer, as the network's own program gives it; empty
 /// without that program.
 QByteArray name_by_project(const std::string& directory) {
-    const QDir project(QFile::decodeName(directory.c_str()));
-    for (const QString& package : project.entryList(QDir::Dirs | QDir::NoDotAndDotDot)) {
-        const QString program = project.filePath(package + QStringLiteral("/hubs/names.py"));
-        if (QFile::exists(program)) {
-            QProcess python;
-            python.start(QStringLiteral("python3"), {program});
-            return python.waitForFinished(5000) ? python.readAllStandardOutput() : QByteArray();
-        }
+    const QString package = package_of(directory);
+    if (package.isEmpty()) {
+        return {};
     }
-    return {};
+    QProcess python;
+    python.start(QStringLiteral("python3"), {package + QStringLiteral("/hubs/names.py")});
+    return python.waitForFinished(5000) ? python.readAllStandardOutput() : QByteArray();
 }
 
 NetworkState look_at_processes(const std::string& directory, const std::set<pid_t>& old_shells) {
@@ -57,6 +54,10 @@ QString own_address() {
 
 QString own_host(const QString& address) {
     return address.isEmpty() ? QStringLiteral("127.0.0.1") : address;
+}
+
+QString own_page(const QString& address) {
+    return QStringLiteral("http://%1:8000").arg(own_host(address));
 }
 
 bool is_reached_by_others(const QString& address) {
@@ -95,8 +96,7 @@ void NetworkWatch::ask() {
         report();
         return;
     }
-    QNetworkReply* reply =
-        get(QUrl(QStringLiteral("http://%1:8000/_infos/kl/").arg(own_host(state.address))));
+    QNetworkReply* reply = get(QUrl(own_page(state.address) + QStringLiteral("/_infos/kl/")));
     connect(reply, &QNetworkReply::finished, this, [this, reply] {
         reply->deleteLater();
         judge(*reply);

@@ -29,6 +29,9 @@ QString own_address();
 /// networks are served without one.
 QString own_host(const QString& address);
 
+/// Returns the web address of the page that a network of this machine serves there.
+QString own_page(const QString& address);
+
 /// Whether other machines reach that address.
 bool is_reached_by_others(const QString& address);
 

@@ -113,7 +113,7 @@ void ReadyScreen::show_answering(const NetworkState& state) {
     status->setText(reached ? QStringLiteral("Votre Serveur est Pret")
                             : QStringLiteral("Visible de cette machine seulement"));
     set_lost(false);
-    set_address(own_host(state.address));
+    set_address(own_page(state.address));
     names->setText(reached ? state.names.join(QStringLiteral("   ")) : QString());
     names->setVisible(!names->text().isEmpty());
     details->setText(reached ? visitors_text(state.visitors)
@@ -140,8 +140,7 @@ void ReadyScreen::set_lost(bool lost) {
     }
 }
 
-void ReadyScreen::set_address(const QString& host) {
-    const QString url = QStringLiteral("http://%1:8000").arg(host);
+void ReadyScreen::set_address(const QString& url) {
     if (address->text() == url) {
         return;
     }

@@ -36,7 +36,7 @@ private:
     void add_buttons();
     void add_panel();
     void set_lost(bool lost);
-    void set_address(const QString& host);
+    void set_address(const QString& url);
     void draw_code(const QString& url);
 
     NetworkSelectionWindow& window;

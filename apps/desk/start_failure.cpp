@@ -1,6 +1,5 @@
 #include "start_failure.h"
 
-#include <QDir>
 #include <QFile>
 #include <QProcess>
 #include <QStandardPaths>
@@ -18,13 +17,14 @@ namespace {
 
 /// Who holds the port of the network, in French; empty when nobody does or it cannot be told. The
 /// network's own program tells, so that its terminal says the same.
-QString port_holder(const QString& directory, const QString& address) {
-    const QDir project(
-        QDir(directory).canonicalPath());  // a link has another name than its package
+QString port_holder(const std::string& directory, const QString& host) {
+    const QString package = package_of(directory);
+    if (package.isEmpty()) {
+        return {};
+    }
     QProcess python;
     python.start(QStringLiteral("python3"),
-                 {project.filePath(project.dirName() + QStringLiteral("/hubs/processes.py")),
-                  address, QStringLiteral("8000")});
+                 {package + QStringLiteral("/hubs/processes.py"), host, QStringLiteral("8000")});
     python.waitForFinished(5000);
     return QString::fromUtf8(python.readAllStandardOutput()).trimmed();
 }
@@ -54,8 +54,8 @@ QString visible_failure(const Network& network) {
     }
     const ProjectProcesses processes = find_processes(network.path);
     if (!processes.servers.empty()) {
-        return QStringLiteral("Il a démarré, mais ne répond pas à l'adresse http://%1:8000.")
-            .arg(own_host(address));
+        return QStringLiteral("Il a démarré, mais ne répond pas à l'adresse %1.")
+            .arg(own_page(address));
     }
     if (!processes.any) {
         const QString words = terminal_words();
@@ -91,8 +91,7 @@ void find_start_failure(QThreadPool& threads, QObject& context, const Network& n
 }
 
 QString port_obstacle(const Network& network) {
-    const QString holder =
-        port_holder(QFile::decodeName(network.path.c_str()), own_host(own_address()));
+    const QString holder = port_holder(network.path, own_host(own_address()));
     return holder.isEmpty()
                ? QString()
                : QStringLiteral(
@@ -109,6 +108,5 @@ QString loss_reason(const NetworkState& state) {
             "Cette machine n'a plus d'adresse sur le réseau local : vérifiez son câble ou son "
             "wifi.");
     }
-    return QStringLiteral("Son serveur ne répond pas à l'adresse http://%1:8000.")
-        .arg(state.address);
+    return QStringLiteral("Son serveur ne répond pas à l'adresse %1.").arg(own_page(state.address));
 }

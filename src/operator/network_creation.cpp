@@ -223,7 +223,7 @@ QString creation_refusal(const QString& name, const QString& directory) {
 }
 
 CreationStatus create_and_record_network(const NewNetwork& wanted) {
-    const QString name = wanted.name.simplified();
+    const QString name = clean_name(wanted.name);
     const QSet<QString> reserved = python_names();
     if (reserved.isEmpty()) {
         return fail(name, QStringLiteral("python3 n'a pas pu être lancé pour vérifier le nom."));

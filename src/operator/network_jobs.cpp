@@ -38,10 +38,9 @@ QString ask_file(QFileDialog& dialog, const char* name) {
 NetworkJobs::NetworkJobs(QWidget& shown) : QObject(&shown), window(shown) {}
 
 void NetworkJobs::open_folder(const RegisteredNetwork& network) {
-    // Its package has the name of the directory itself, not that of a link to it.
-    const QDir project(QDir(directory_of(network)).canonicalPath());
-    const QString folder = project.filePath(project.dirName() + QStringLiteral("/ressources"));
-    if (!QFileInfo(folder).isDir()) {
+    const QString package = package_of(network.directory);
+    const QString folder = package + QStringLiteral("/ressources");
+    if (package.isEmpty() || !QFileInfo(folder).isDir()) {
         say(false,
             QStringLiteral("Le dossier des fichiers de %1 n'existe plus.").arg(quoted(network)));
         return;

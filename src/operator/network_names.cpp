@@ -20,6 +20,11 @@ QByteArray output_of_python(const QStringList& arguments) {
 
 }  // namespace
 
+QString clean_name(QString text) {
+    static const QRegularExpression unfit(QStringLiteral(R"([\x00-\x1f\x7f-\x9f]+)"));
+    return text.replace(unfit, QStringLiteral(" ")).simplified().left(longest_name).trimmed();
+}
+
 QString without_accents(QString text) {
     // Letters that are no composition of a plain one and a mark.
     const std::pair<QString, QString> letters[] = {

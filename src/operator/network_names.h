@@ -6,6 +6,13 @@
 
 /// The names that follow from the one that the operator gives a network, its display name.
 
+/// The length of a display name, in characters.
+inline constexpr int longest_name = 100;
+
+/// Returns a text as a display name: on one line, without control characters, cut where it is too
+/// long. The template's hubs/names.py has the same rule.
+QString clean_name(QString text);
+
 /// Returns the names that Python reserves: its keywords, and its modules, which a project's
 /// directory would hide. Empty when python3 cannot be asked.
 QSet<QString> python_names();
@@ -23,5 +30,5 @@ QString directory_name(const QString& display_name, const QSet<QString>& reserve
 /// directory's template gives them. Empty when nothing is left of the name.
 std::string registry_name(const QString& display_name);
 
-/// Returns the display name that stands in the registry as those bytes, its "&" single again.
+/// Returns the display name that the registry has as those bytes, its "&" single again.
 QString shown_name(const std::string& recorded);

@@ -5,6 +5,7 @@
 #include <QFileInfo>
 #include <QRegularExpression>
 #include <fstream>
+#include <utility>
 
 #include "network_names.h"
 #include "qt_compat.h"
@@ -20,13 +21,12 @@ QString name_in_file(const QDir& project) {
     if (!QFileInfo(path).isFile() || !file.open(QIODevice::ReadOnly)) {  // a FIFO would wait
         return {};
     }
-    const int longest = 100;
     static const QRegularExpression line_end(QStringLiteral(R"([\n\r])"));
-    static const QRegularExpression control_characters(QStringLiteral(R"([\x00-\x1f\x7f-\x9f]+)"));
-    for (QString line : text_of_file(file.read(qint64{10} * longest)).split(line_end)) {
-        line.replace(control_characters, QStringLiteral(" "));
-        if (!line.simplified().isEmpty()) {
-            return line.simplified().left(longest).trimmed();
+    const QStringList lines = text_of_file(file.read(qint64{10} * longest_name)).split(line_end);
+    for (const QString& line : lines) {
+        const QString name = clean_name(line);
+        if (!name.isEmpty()) {
+            return name;
         }
     }
     return {};
@@ -52,6 +52,23 @@ std::vector<RegisteredNetwork> registered_networks() {
 
 bool has_project(const std::string& directory) {
     return QFile::exists(QFile::decodeName(directory.c_str()) + QStringLiteral("/manage.py"));
+}
+
+QString package_of(const std::string& directory) {
+    const QDir project(QFile::decodeName(directory.c_str()));
+    if (!project.exists()) {
+        return {};
+    }
+    // It was named after the directory, which may have been renamed since, or be given by a link.
+    QStringList folders{QDir(project.canonicalPath()).dirName()};
+    folders += project.entryList(QDir::Dirs | QDir::NoDotAndDotDot);
+    for (const QString& folder : std::as_const(folders)) {
+        const QString package = project.filePath(folder);
+        if (QFileInfo(package + QStringLiteral("/hubs")).isDir()) {
+            return package;
+        }
+    }
+    return {};
 }
 
 QString project_missing(const std::string& directory) {

@@ -17,5 +17,9 @@ std::vector<RegisteredNetwork> registered_networks();
 /// Returns whether a network's directory holds a project.
 bool has_project(const std::string& directory);
 
+/// Returns the directory of a project's package, which has the network's pages and files; empty if
+/// there is none.
+QString package_of(const std::string& directory);
+
 /// Returns the French message for a network whose directory holds no project.
 QString project_missing(const std::string& directory);
