@@ -106,7 +106,7 @@ class Network(unittest.TestCase):
         server.stdout.readline()
 
     def test_command_line(self):
-        for words in ((), ("lists",), ("copy", "Forge"), ("list", "a"), ("remove", ""), ("-x",)):
+        for words in ((), ("lists",), ("copy", "Forge"), ("list", "a", "b"), ("remove", ""), ("-x",)):
             status, out, err = self.run_it(*words)
             self.assertEqual((status, out, err[:5]), (2, "", "Usage"), words)
         self.assertEqual(self.done("-h"), self.done("--help"))
@@ -124,6 +124,7 @@ class Network(unittest.TestCase):
         self.assertGreater(int(lines[0].pop(2)), 100_000)
         self.assertEqual(lines, [["Été", str(self.project), "servi"],
                                  ["Forge", str(self.work / "Forge"), "0", "absent"]])
+        self.assertEqual(self.done("list", "--", lines[1][1]).count("\n"), 1)
         for wanted, name in (("Été", "-L'œil | & \t là"), (str(self.project), "théâtre"),
                              ("Ete", "Été")):
             self.done("rename", "--", wanted, name)
@@ -134,6 +135,12 @@ class Network(unittest.TestCase):
                 ("déjà «", "-L'œil | & là", "-L'œil | & là"), ("un autre", "Ete", "Forge"),
                 ("donnez", "Ete", " "), ("aucun réseau", "A", "B"), ("plus", "Forge", "A")):
             self.refused(reason, "rename", "--", *names)
+        with open("/dev/full", "wb") as full:
+            self.assertEqual(subprocess.run(
+                [PROGRAMS / "quorvale-network", "rename", "Ete", "Plein"], cwd=self.work,
+                env=self.environment, stdout=full, stderr=subprocess.PIPE, check=False
+            ).stderr, b"")
+        self.assertEqual((self.project / "nom.txt").read_text(), "Plein\n")
         (self.work / ".networks.data.partiel").mkdir()  # the registry cannot be written
         self.refused("répertoire", "rename", "--", "Ete", "Neuf")
 
@@ -170,7 +177,7 @@ class Network(unittest.TestCase):
         self.assertEqual(stat.S_IMODE(self.copy.stat().st_mode), 0o600)
         for target in (self.copy, self.root / "none/copie"):
             self.refused("existe", "copy", "Été", str(target))
-        self.refused("déjà enregistré", "restore", str(self.copy))
+        self.refused("copie du réseau « Été », mais un réseau de", "restore", str(self.copy))
 
         work = self.new_work("Autre/Tesquin", b"Forge|/Forge|\n", shutil.ignore_patterns("nom.txt"))
         out = self.done("restore", "copie", work=work, QUORVALE_CALLER_DIR=str(self.root))

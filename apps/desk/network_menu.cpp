@@ -1,6 +1,7 @@
 #include "network_menu.h"
 
 #include <QDir>
+#include <QFile>
 
 #include "background_command.h"
 #include "listed_network.h"
@@ -38,10 +39,11 @@ void NetworkMenu::add_size() {
     const QString text = QStringLiteral("Taille sur le disque : %1");
     QAction* size = addAction(text.arg(QStringLiteral("…")));
     size->setEnabled(false);
-    run_in_background(*this, {program_path("quorvale-network"), QStringLiteral("list")},
-                      QDir::currentPath(), {}, [this, size, text](int, const QString& said) {
-                          if (const auto listed = find_listed(said, network)) {
-                              size->setText(text.arg(listed->size));
-                          }
-                      });
+    const QStringList command{program_path("quorvale-network"), QStringLiteral("list"),
+                              QStringLiteral("--"), QFile::decodeName(network.directory.c_str())};
+    run_in_background(
+        *this, command, QDir::currentPath(), {}, [this, size, text](int, const QString& said) {
+            const auto listed = find_listed(said, network);
+            size->setText(text.arg(listed ? listed->size : QStringLiteral("inconnue")));
+        });
 }

@@ -251,7 +251,9 @@ def _create(contents, new, descriptor):
                           capture_output=True, pass_fds=[descriptor], check=False)
     if done.returncode != 0:
         said = done.stderr.decode("utf-8", "replace").strip().splitlines()
-        raise Refused(said[-1].rstrip(".") if said else "le réseau n'a pas pu être créé")
+        reason = said[-1].removeprefix(f"Réseau « {name} » : ").rstrip(".") if said else (
+            "il n'a pas pu être créé")
+        raise Refused(f"c'est une copie du réseau « {name} », mais {reason}")
     return name
 
 
