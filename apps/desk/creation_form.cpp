@@ -18,7 +18,7 @@
 #include "screen_pieces.h"
 
 CreationForm::CreationForm(NetworkSelectionWindow& shown)
-    : QObject(&shown), window(shown), taken_names(python_names()) {
+    : QObject(&shown), window(shown), reserved_names(python_names()) {
     window.clean_screen();
     window.new_network_mode();
     for (const char* field :
@@ -67,8 +67,9 @@ QString CreationForm::typed_name() const {
 
 void CreationForm::show_path() {
     const QString typed = typed_name();
-    fields[path]->setText(
-        typed.isEmpty() ? QString() : QDir::current().filePath(directory_name(typed, taken_names)));
+    fields[path]->setText(typed.isEmpty()
+                              ? QString()
+                              : QDir::current().filePath(directory_name(typed, reserved_names)));
     fields[path]->setToolTip(fields[path]->text());
 }
 
@@ -81,7 +82,7 @@ bool CreationForm::check() {
     refused = false;
     accept_fields(*save_button->parentWidget());
     const QString typed = typed_name();
-    const QString reason = creation_refusal(typed, directory_name(typed, taken_names));
+    const QString reason = creation_refusal(typed, directory_name(typed, reserved_names));
     if (!reason.isEmpty()) {
         refuse(name, reason);
     }

@@ -47,6 +47,6 @@ private:
     QPushButton* save_button = nullptr;
     QString save_text;
     QLabel* back_link = nullptr;
-    QSet<QString> taken_names;
+    QSet<QString> reserved_names;
     bool refused = false;
 };

@@ -424,7 +424,7 @@ void Desk::fail_start() {
     start_lock.reset();
     close_old_terminals();
     if (!window->isVisible()) {
-        return;
+        return;  // the program is about to end with it
     }
     state = State::explaining;
     find_start_failure(threads, *screen, *chosen,

@@ -4,6 +4,7 @@
 #include <QCoreApplication>
 #include <QFile>
 #include <QLabel>
+#include <QMessageBox>
 #include <QProcess>
 #include <QPushButton>
 #include <QUrl>
@@ -24,10 +25,17 @@ QPushButton* add_link(QHBoxLayout& row, const char* name, const QString& text,
     return link;
 }
 
-void add_program(QHBoxLayout& row, const char* name, const QString& text, const char* program) {
+void add_program(QHBoxLayout& row, NetworkSelectionWindow& window, const char* name,
+                 const QString& text, const char* program) {
     const QString file = program_path(program);
-    QObject::connect(add_link(row, name, text, file), &QPushButton::clicked,
-                     [file] { QProcess::startDetached(file, {}); });
+    QObject::connect(
+        add_link(row, name, text, file), &QPushButton::clicked, [&window, file, program] {
+            if (!QProcess::startDetached(file, {})) {
+                QMessageBox::warning(&window, QStringLiteral("Quorvale"),
+                                     QStringLiteral("Le programme %1 n'a pas pu être lancé.")
+                                         .arg(QLatin1String(program)));
+            }
+        });
 }
 
 }  // namespace
@@ -49,6 +57,6 @@ void add_home_links(NetworkSelectionWindow& window) {
     QObject::connect(add_link(*row, "guide_button", QStringLiteral("Guide"), guide),
                      &QPushButton::clicked,
                      [guide] { open_url(QUrl::fromLocalFile(guide).toString()); });
-    add_program(*row, "client_button", QStringLiteral("Client"), "quorvale-client");
-    add_program(*row, "setup_button", QStringLiteral("Configuration"), "quorvale-setup");
+    add_program(*row, window, "client_button", QStringLiteral("Client"), "quorvale-client");
+    add_program(*row, window, "setup_button", QStringLiteral("Configuration"), "quorvale-setup");
 }

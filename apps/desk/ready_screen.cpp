@@ -175,6 +175,11 @@ void ReadyScreen::draw_code(const QString& url) {
                 picture.setDevicePixelRatio(scale);
                 code->setPixmap(picture);
             });
+    connect(python, &QProcess::errorOccurred, python, [python](QProcess::ProcessError error) {
+        if (error == QProcess::FailedToStart) {
+            python->deleteLater();
+        }
+    });
     end_with_owner(*python, *this);
     python->start(QStringLiteral("python3"),
                   {QStringLiteral("-c"),
