@@ -96,7 +96,7 @@ class PagesTest(ServedNetworkTest):
         self.press("Se connecter")
         self.shows("Mot de passe")
         self.look("connexion")
-        self.fill("Nom", "zoé")
+        self.fill("Pseudo", "zoé")
         self.fill("Mot de passe", "un mot de passe\n")
         self.shows("Proposer des fichiers")
 

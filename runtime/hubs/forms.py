@@ -28,6 +28,10 @@ class LoginForm(AdminAuthenticationForm):
                      "recommencez.",
     }
 
+    def __init__(self, *arguments, **options):
+        super().__init__(*arguments, **options)
+        self.fields["username"].label = "Pseudo"
+
     def clean(self):
         account = self.cleaned_data.get("username")
         if not account or not self.cleaned_data.get("password"):
