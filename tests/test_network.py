@@ -124,7 +124,7 @@ class Network(unittest.TestCase):
         self.assertGreater(int(lines[0].pop(2)), 100_000)
         self.assertEqual(lines, [["Été", str(self.project), "servi"],
                                  ["Forge", str(self.work / "Forge"), "0", "absent"]])
-        self.assertEqual(self.done("list", "--", lines[1][1]).count("\n"), 1)
+        self.assertEqual(self.done("list", "--", lines[1][1] + "/").count("\n"), 1)
         for wanted, name in (("Été", "-L'œil | & \t là"), (str(self.project), "théâtre"),
                              ("Ete", "Été")):
             self.done("rename", "--", wanted, name)
