@@ -19,10 +19,8 @@ from unittest import mock
 from served_network import TEMPLATE, ServedNetworkTest, Visitor
 
 sys.dont_write_bytecode = True
-sys.path.append(str(TEMPLATE / "hubs"))
-import bodies  # noqa: E402, needs no Django
-import connections  # noqa: E402
-import processes  # noqa: E402
+sys.path.append(str(TEMPLATE))
+from hubs import bodies, connections, mdns, processes  # noqa: E402, these need no Django
 
 # Tells on the server's standard output in which order what is sent reaches the disk.
 TOLD_DISK = """
@@ -141,6 +139,16 @@ class ServerTest(ServedNetworkTest):
             for each in many:
                 kept.remove(each)
             self.assertEqual([kept.add(mock.Mock(), "b") for _ in range(2)], [True, True])
+
+    def test_names_that_answer(self):
+        """A name for which only this machine answers, at another of its addresses, is free."""
+        asked = mdns.Announcement("192.0.2.10", 8000, "A", print, ["198.51.100.44"])
+        asked._zeroconf = mock.Mock()
+        for address, is_taken in [("198.51.100.44", False), ("192.0.2.20", True)]:
+            asked._zeroconf.cache.entries_with_name.return_value = [
+                mock.Mock(address=socket.inet_aton(address))]
+            with mock.patch("time.sleep"):
+                self.assertEqual(asked._is_taken(mock.Mock(), "a"), is_taken, address)
 
     def hand_in(self, name, address):
         """Hands a file in from an address. Returns what the page says afterwards."""
