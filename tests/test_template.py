@@ -55,7 +55,7 @@ for address in sys.argv[1:]:
     ask("/_infos/kl/", "192.0.2.99")
 states = [ask("/_infos/etat/", address) for address in sys.argv[1:]]
 from Atelier.hubs import visitors
-visitors._MOST = 1
+visitors._MAX_VISITORS = 1
 ask("/", "192.0.2.7")
 most = visitors.count()
 visitors.SECONDS = -1
