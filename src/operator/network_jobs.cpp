@@ -107,6 +107,7 @@ void NetworkJobs::run(const QStringList& arguments, const QString& doing) {
         new QProgressDialog(doing, QStringLiteral("Annuler"), 0, 0, &window);  // owns the command
     progress->setObjectName(QStringLiteral("job_progress"));
     progress->setWindowTitle(doing);
+    progress->setMinimumWidth(360);  // for a whole title
     progress->setWindowModality(Qt::WindowModal);
     progress->show();  // at once: nothing else may be started in the window meanwhile
     // Ended in the middle, the program leaves nothing half done.
