@@ -7,8 +7,8 @@
 MaximisingGuard::MaximisingGuard(QWidget& guarded)
     : QObject(&guarded), window(guarded), handle(*guarded.windowHandle()) {
     patience.setSingleShot(true);
-    patience.setInterval(1000);  // GNOME's compositor refuses without an answer
-    connect(&patience, &QTimer::timeout, this, &MaximisingGuard::restore_size);
+    patience.setInterval(1000);  // should the compositor not answer, or not show it
+    connect(&patience, &QTimer::timeout, this, &MaximisingGuard::go_back);
     connect(&handle, &QWindow::windowStateChanged, this, &MaximisingGuard::fit_compositor);
     handle.installEventFilter(this);
 }
@@ -20,22 +20,31 @@ void MaximisingGuard::fit_compositor(Qt::WindowState asked_by_frame) {
     }
 }
 
-void MaximisingGuard::restore_size() {
-    handle.setMaximumSize(window.maximumSize());
+void MaximisingGuard::go_back() {
+    patience.stop();
+    if (is_large) {
+        is_large = false;
+        handle.setWindowStates(Qt::WindowNoState);
+    } else {
+        handle.setMaximumSize(window.maximumSize());
+    }
 }
 
 bool MaximisingGuard::eventFilter(QObject* watched, QEvent* event) {
+    if (event->type() == QEvent::UpdateRequest && is_large) {
+        go_back();
+    }
     if (event->type() != QEvent::WindowStateChange) {
         return QObject::eventFilter(watched, event);
     }
     // The compositor's answer, or its own wish.
-    if (!handle.windowStates().testFlag(Qt::WindowMaximized)) {
-        restore_size();
-        return false;
+    const bool maximised = handle.windowStates().testFlag(Qt::WindowMaximized);
+    if (!maximised) {
+        is_large = false;
+        go_back();
+    } else if (patience.isActive()) {
+        is_large = true;
+        handle.requestUpdate();  // comes when it is on the screen
     }
-    if (patience.isActive()) {
-        patience.stop();
-        QTimer::singleShot(0, &handle, [this] { handle.setWindowStates(Qt::WindowNoState); });
-    }
-    return true;  // no state of the window, and not the frame's wish
+    return maximised;  // no state of the window, and not the frame's wish
 }

@@ -9,7 +9,7 @@ class QWindow;
 /// Undoes a maximisation: under Wayland, Qt's own frame offers it even to a window of a fixed size.
 ///
 /// A compositor may end a program that answers with another size than it asked for, and goes back
-/// only from what was drawn: until the window was drawn once, it has that size.
+/// only from what was drawn: until it has shown the window once, the window has that size.
 class MaximisingGuard : public QObject {
 public:
     /// Guards a top-level window that has been shown, which takes ownership.
@@ -19,9 +19,10 @@ public:
 
 private:
     void fit_compositor(Qt::WindowState asked_by_frame);
-    void restore_size();
+    void go_back();
 
     QWidget& window;
     QWindow& handle;
     QTimer patience;
+    bool is_large = false;
 };
