@@ -5,7 +5,7 @@
 #include <QWindow>
 
 MaximisingGuard::MaximisingGuard(QWidget& guarded)
-    : QObject(&guarded), window(guarded), handle(*guarded.windowHandle()) {
+    : QObject(guarded.windowHandle()), window(guarded), handle(*guarded.windowHandle()) {
     patience.setSingleShot(true);
     patience.setInterval(1000);  // should the compositor not answer, or not show it
     connect(&patience, &QTimer::timeout, this, &MaximisingGuard::go_back);
@@ -15,6 +15,7 @@ MaximisingGuard::MaximisingGuard(QWidget& guarded)
 
 void MaximisingGuard::fit_compositor(Qt::WindowState asked_by_frame) {
     if (asked_by_frame == Qt::WindowMaximized) {
+        is_asked = true;
         handle.setMaximumSize(QSize(QWIDGETSIZE_MAX, QWIDGETSIZE_MAX));
         patience.start();
     }
@@ -42,8 +43,10 @@ bool MaximisingGuard::eventFilter(QObject* watched, QEvent* event) {
     if (!maximised) {
         is_large = false;
         go_back();
-    } else if (patience.isActive()) {
+    } else if (is_asked) {
+        is_asked = false;
         is_large = true;
+        patience.start();
         handle.requestUpdate();  // comes when it is on the screen
     }
     return maximised;  // no state of the window, and not the frame's wish

@@ -12,7 +12,8 @@ class QWindow;
 /// only from what was drawn: until it has shown the window once, the window has that size.
 class MaximisingGuard : public QObject {
 public:
-    /// Guards a top-level window that has been shown, which takes ownership.
+    /// Guards a top-level window that has been shown. Its QWindow takes ownership: the desk
+    /// exchanges all children of its window.
     explicit MaximisingGuard(QWidget& guarded);
 
     bool eventFilter(QObject* watched, QEvent* event) override;
@@ -24,5 +25,6 @@ private:
     QWidget& window;
     QWindow& handle;
     QTimer patience;
+    bool is_asked = false;
     bool is_large = false;
 };
