@@ -9,6 +9,7 @@
 #include <QPushButton>
 #include <QUrl>
 #include <QtTest>
+#include <algorithm>
 #include <memory>
 
 #include "../apps/client/client_controls.h"
@@ -523,7 +524,10 @@ private slots:
         // What is typed is not lost unasked.
         bool asked = false;
         answer_dialog("question", [&asked](QWidget& question) {
-            asked = true;
+            const auto labels = question.findChildren<QLabel*>();
+            asked = std::all_of(labels.begin(), labels.end(), [](const QLabel* label) {
+                return label->text().isEmpty() || label->textFormat() == Qt::PlainText;
+            });
             QTest::keyClick(&question, Qt::Key_Return);
         });
         QTest::keyClick(&window, Qt::Key_Escape);

@@ -51,7 +51,7 @@ ReadyScreen::ReadyScreen(NetworkSelectionWindow& shown, const QString& network_n
     window.layout()->setSpacing(8);
     add_buttons();
     add_panel();
-    name->setText(network_name);
+    show_name(network_name);
     show_waiting(QStringLiteral("Démarrage…"));
 }
 
@@ -101,6 +101,18 @@ void ReadyScreen::add_panel() {
     static_cast<QVBoxLayout*>(window.layout())->addWidget(panel, 1);
 }
 
+void ReadyScreen::show_name(const QString& whole) {
+    // In one line: a second one would push the address out of the panel. The title is whole.
+    name->ensurePolished();
+    name->setText(name->fontMetrics().elidedText(whole, Qt::ElideMiddle, text_width()));
+    name->setAccessibleName(whole);
+}
+
+int ReadyScreen::text_width() const {
+    const int code_and_margins = 260;
+    return window.width() - code_and_margins;
+}
+
 void ReadyScreen::show_waiting(const QString& what) {
     status->setText(what);
     set_lost(false);
@@ -146,7 +158,7 @@ void ReadyScreen::set_address(const QString& url) {
     }
     address->setText(url);
     // As large as there is room for beside the code.
-    const int room = window.width() - 260;
+    const int room = text_width();
     QFont font = address->font();
     font.setBold(true);
     int size = 48;

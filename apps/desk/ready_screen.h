@@ -35,6 +35,9 @@ private:
     QPushButton* add_button(QHBoxLayout& row, const char* name, const QString& text);
     void add_buttons();
     void add_panel();
+    void show_name(const QString& whole);
+    /// Returns the width of a line beside the code, in pixels.
+    int text_width() const;
     void set_lost(bool lost);
     void set_address(const QString& url);
     void draw_code(const QString& url);
