@@ -628,6 +628,9 @@ private slots:
                          {QStringLiteral("A"), {}, QStringLiteral("anne"), password, password}),
                 QByteArray(reasons));
         }
+        for (const QLabel* label : window.findChildren<QLabel*>()) {
+            QVERIFY(label->text() != QStringLiteral("Raison."));  // it was the reason before
+        }
     }
 
     void creation_form() {
