@@ -106,7 +106,8 @@ class Network(unittest.TestCase):
         server.stdout.readline()
 
     def test_command_line(self):
-        for words in ((), ("lists",), ("copy", "Forge"), ("list", "a", "b"), ("remove", ""), ("-x",)):
+        for words in ((), ("lists",), ("copy", "Forge"), ("list", "a", "b"), ("remove", ""),
+                      ("-x",)):
             status, out, err = self.run_it(*words)
             self.assertEqual((status, out, err[:5]), (2, "", "Usage"), words)
         self.assertEqual(self.done("-h"), self.done("--help"))
