@@ -24,7 +24,7 @@ QString name_in_file(const QDir& project) {
     static const QRegularExpression line_end(QStringLiteral(R"([\n\r])"));
     const QStringList lines = text_of_file(file.read(qint64{10} * longest_name)).split(line_end);
     for (const QString& line : lines) {
-        const QString name = clean_name(line);
+        QString name = clean_name(line);
         if (!name.isEmpty()) {
             return name;
         }
@@ -63,7 +63,7 @@ QString package_of(const std::string& directory) {
     QStringList folders{QDir(project.canonicalPath()).dirName()};
     folders += project.entryList(QDir::Dirs | QDir::NoDotAndDotDot);
     for (const QString& folder : std::as_const(folders)) {
-        const QString package = project.filePath(folder);
+        QString package = project.filePath(folder);
         if (QFileInfo(package + QStringLiteral("/hubs")).isDir()) {
             return package;
         }
