@@ -28,14 +28,13 @@ QPushButton* add_link(QHBoxLayout& row, const char* name, const QString& text,
 void add_program(QHBoxLayout& row, NetworkSelectionWindow& window, const char* name,
                  const QString& text, const char* program) {
     const QString file = program_path(program);
-    QObject::connect(
-        add_link(row, name, text, file), &QPushButton::clicked, [&window, file, program] {
-            if (!QProcess::startDetached(file, {})) {
-                QMessageBox::warning(&window, QStringLiteral("Quorvale"),
-                                     QStringLiteral("Le programme %1 n'a pas pu être lancé.")
-                                         .arg(QLatin1String(program)));
-            }
-        });
+    QObject::connect(add_link(row, name, text, file), &QPushButton::clicked,
+                     [&window, file, program] {
+                         if (!QProcess::startDetached(file, {})) {
+                             QMessageBox::warning(&window, QStringLiteral("Quorvale"),
+                                                  not_started(QLatin1String(program)));
+                         }
+                     });
 }
 
 }  // namespace

@@ -15,7 +15,7 @@ void run_in_background(QObject& owner, const QStringList& command, const QString
     QObject::connect(process, &QProcess::errorOccurred, &owner, [=](QProcess::ProcessError error) {
         if (error == QProcess::FailedToStart) {
             process->deleteLater();
-            ended(1, QStringLiteral("Le programme %1 n'a pas pu être lancé.").arg(name));
+            ended(1, not_started(name));
         }
     });
     QObject::connect(
@@ -44,6 +44,10 @@ void end_with_owner(QProcess& process, QObject& owner) {
         process.terminate();
         process.waitForFinished(milliseconds_to_end);
     });
+}
+
+QString not_started(const QString& program) {
+    return QStringLiteral("Le programme %1 n'a pas pu être lancé.").arg(program);
 }
 
 QString program_path(const char* name) {

@@ -23,6 +23,9 @@ void run_in_background(QObject& owner, const QStringList& command, const QString
 /// asked to end and, after two seconds, killed. Without this, it would be killed at once.
 void end_with_owner(QProcess& process, QObject& owner);
 
+/// Returns the text, in French, that says that a program could not be started.
+QString not_started(const QString& program);
+
 /// Returns the path of another of our programs, which stands beside this one.
 QString program_path(const char* name);
 
