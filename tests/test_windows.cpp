@@ -43,6 +43,25 @@ public:
     }
 };
 
+/// A LAN of three servers, one of which has ended since it was found; another is beyond it.
+class Lan : public ProductDirectory {
+public:
+    Lan() {
+        fake_command(QStringLiteral("ifconfig"), "echo '  inet 192.0.2.10'\n");
+        fake_command(QStringLiteral("nmap"),
+                     "printf 'Nmap scan report for %s (192.0.2.%s)\\n' a 5 b 7 c 9\n");
+        fake_command(QStringLiteral("curl"), R"sh(case "$*" in
+            *--fail*.9:8000/_infos/kl/) exit 7;;
+            *.5:8000/_infos/kl/) printf 'Atelier Nord';;
+            *.7:8000/_infos/kl/) printf '\311cole';;
+            *.9:8000/_infos/kl/) ;;
+            *loin:80/_infos/kl/) printf '<Loin>';;
+            *loin:8000/_infos/kl/) printf 'L&oin';;
+            *) echo 'HTTP/1.1 200 OK';;
+            esac)sh");
+    }
+};
+
 /// Keeps the addresses that the desktop is asked to open, and what a window shows at that moment.
 class Browser : public QObject {
     Q_OBJECT
@@ -135,6 +154,18 @@ void answer_dialog(const char* name, const std::function<void(QWidget& dialog)>&
     timer->start(10);
 }
 
+/// Answers the next question with the button of that text.
+void answer_question(const char* answer) {
+    answer_dialog("question", [answer](QWidget& question) {
+        for (auto* choice : question.findChildren<QPushButton*>()) {
+            if (choice->text() == QLatin1String(answer)) {
+                choice->click();
+                return;
+            }
+        }
+    });
+}
+
 /// The product's style sheet, for as long as the test runs.
 struct ProductStyle {
     ProductStyle() {
@@ -146,6 +177,80 @@ struct ProductStyle {
         qApp->setStyleSheet(QString());
     }
 };
+
+/// The client's window in the LAN.
+struct Client {
+    Client() {
+        new ClientControls(window);
+        window.show();
+    }
+
+    void click(const char* name, int number = 0) {
+        const auto buttons = window.findChildren<QPushButton*>(QLatin1String(name));
+        QTest::mouseClick(buttons[number], Qt::LeftButton);
+    }
+
+    /// Whether it says so, and the browser was sent there.
+    bool connected_to(const char* name, const char* address) const {
+        const auto* label = window.findChild<QLabel*>(QStringLiteral("information"));
+        return label != nullptr && label->text().contains(QString::fromUtf8(name)) &&
+               label->text().contains(QLatin1String(address)) &&
+               browser.asked.last() == QLatin1String(address);
+    }
+
+    Lan lan;
+    ClientWindow window{nullptr};
+    Browser browser{window};
+};
+
+/// The setup program on two networks, the second of which is chosen. The command that makes an
+/// account keeps what it was asked and fails with the given status.
+struct Setup {
+    Setup() {
+        QByteArray registry;
+        for (const QString& name : {QStringLiteral("a"), QStringLiteral("b")}) {
+            QDir().mkpath(name + QStringLiteral("/manage.py"));
+            registry += name.toLatin1() + '|' + directory.path(name).toLocal8Bit() + "|\n";
+        }
+        directory.write(QStringLiteral("networks.data"), registry);
+        directory.write(QStringLiteral("b/nom.txt"), "B");
+        directory.fake_command(QStringLiteral("python3"),
+                               "[ \"$3\" != liste ] || exec printf '%s\\tbo\\n' super standard\n"
+                               "read -r line; echo \"${PWD##*/} $* $line\" > $WORK/asked\n"
+                               "[ $(cat $WORK/status) != killed ] || kill -9 $$\n"
+                               "echo Raison. >&2; exit $(cat $WORK/status)");
+        window = std::make_unique<SetupWindow>(nullptr);
+        new SetupControls(*window);
+        window->show();
+        choice().setCurrentIndex(1);
+        QTest::mouseClick(last_button("add_button"), Qt::LeftButton);
+    }
+
+    QComboBox& choice() const {
+        return *window->findChild<QComboBox*>(QStringLiteral("network_choice"));
+    }
+    QPushButton* last_button(const char* name) const {
+        return window->findChildren<QPushButton*>(QLatin1String(name)).last();
+    }
+    QString result() const {
+        const auto* label = window->findChild<QLabel*>(QStringLiteral("result"));
+        return label->isVisible() ? label->text() : QString();
+    }
+
+    /// Adds an account. Returns why each field is refused, and what was asked of the command.
+    QByteArray save(int role, const QByteArray& status, const QStringList& typed) const {
+        directory.write(QStringLiteral("status"), status);
+        window->findChild<QComboBox*>(QStringLiteral("role_list"))->setCurrentIndex(role);
+        const QByteArray reasons = refusals(*window, typed);
+        return reasons + directory.read(QStringLiteral("asked"));
+    }
+
+    TestDirectory directory;
+    std::unique_ptr<SetupWindow> window;
+};
+
+const QStringList typed_account = {QStringLiteral(" anne"), QStringLiteral("Anne  Petit"),
+                                   QStringLiteral("sésame"), QStringLiteral("sésame")};
 
 }  // namespace
 
@@ -349,25 +454,8 @@ private slots:
         QCOMPARE(output.out + output.err, QByteArray());  // QtTest prints Qt's warnings
     }
 
-    /// A LAN of three servers, one of which has ended since it was found; another is beyond it.
-    static void fake_lan(const ProductDirectory& directory) {
-        directory.fake_command(QStringLiteral("ifconfig"), "echo '  inet 192.0.2.10'\n");
-        directory.fake_command(QStringLiteral("nmap"),
-                               "printf 'Nmap scan report for %s (192.0.2.%s)\\n' a 5 b 7 c 9\n");
-        directory.fake_command(QStringLiteral("curl"), R"sh(case "$*" in
-            *--fail*.9:8000/_infos/kl/) exit 7;;
-            *.5:8000/_infos/kl/) printf 'Atelier Nord';;
-            *.7:8000/_infos/kl/) printf '\311cole';;
-            *.9:8000/_infos/kl/) ;;
-            *loin:80/_infos/kl/) printf '<Loin>';;
-            *loin:8000/_infos/kl/) printf 'L&oin';;
-            *) echo 'HTTP/1.1 200 OK';;
-            esac)sh");
-    }
-
     void client_finds_and_opens() {
-        const ProductDirectory directory;
-        fake_lan(directory);
+        const Lan lan;
         const auto window = screen(QStringLiteral("search"));
         QCOMPARE(snapshot(*window), expected_snapshot(QStringLiteral("list")));
         const Browser browser(*window);
@@ -378,29 +466,16 @@ private slots:
     }
 
     void client_controls() {
-        const ProductDirectory directory;
-        fake_lan(directory);
-        ClientWindow window(nullptr);
-        const Browser browser(window);
-        new ClientControls(window);
-        window.show();
-        const auto click = [&](const char* name, int number = 0) {
-            const auto buttons = window.findChildren<QPushButton*>(QLatin1String(name));
-            QTest::mouseClick(buttons[number], Qt::LeftButton);
-        };
-        const auto connected_to = [&](const char* name, const char* address) {
-            const auto* label = window.findChild<QLabel*>(QStringLiteral("information"));
-            return label != nullptr && label->text().contains(QString::fromUtf8(name)) &&
-                   label->text().contains(QLatin1String(address)) &&
-                   browser.asked.last() == QLatin1String(address);
-        };
-        click("network_button", 1);
-        QVERIFY(browser.asked.isEmpty());  // not before it has answered
-        QTRY_VERIFY(connected_to("École", "http://192.0.2.7:8000"));
-        click("access_button");
-        QTRY_COMPARE(browser.asked.size(), 2);
-        QTRY_VERIFY(connected_to("École", "http://192.0.2.7:8000"));
-        click("selection_button");
+        Client client;
+        const ClientWindow& window = client.window;
+        const QStringList& asked = client.browser.asked;
+        client.click("network_button", 1);
+        QVERIFY(asked.isEmpty());  // not before it has answered
+        QTRY_VERIFY(client.connected_to("École", "http://192.0.2.7:8000"));
+        client.click("access_button");
+        QTRY_COMPARE(asked.size(), 2);
+        QTRY_VERIFY(client.connected_to("École", "http://192.0.2.7:8000"));
+        client.click("selection_button");
         QTRY_COMPARE(window.findChildren<QPushButton*>(QStringLiteral("network_button")).size(), 3);
         QCOMPARE(window.focusWidget(), button(window, 1));
 
@@ -409,10 +484,16 @@ private slots:
             silent = true;
             message.close();
         });
-        click("network_button", 2);
+        client.click("network_button", 2);
         QTRY_VERIFY(silent);
-        QCOMPARE(browser.asked.size(), 2);
+        QCOMPARE(asked.size(), 2);
+        QTRY_VERIFY(window.findChild<QPushButton*>(QStringLiteral("again_button")) != nullptr);
+        QTimer::singleShot(0, &window, [&] { client.click("again_button"); });
+        QCOMPARE(QApplication::exec(), int(ClientControls::search_again));
+    }
 
+    void client_is_given_an_address() {
+        Client client;
         answer_dialog("address_dialog", [](QWidget& dialog) {
             auto* field = dialog.findChild<QLineEdit*>(QStringLiteral("address_field"));
             const auto* state = dialog.findChild<QLabel*>(QStringLiteral("address_state"));
@@ -425,12 +506,8 @@ private slots:
             field->setText(QStringLiteral("http://loin/"));
             QTest::keyClick(field, Qt::Key_Return);
         });
-        click("other_button");
-        QTRY_VERIFY(connected_to("L&amp;oin", "http://loin:8000"));
-        click("selection_button");
-        QTRY_VERIFY(window.findChild<QPushButton*>(QStringLiteral("again_button")) != nullptr);
-        QTimer::singleShot(0, &window, [&] { click("again_button"); });
-        QCOMPARE(QApplication::exec(), int(ClientControls::search_again));
+        client.click("other_button");
+        QTRY_VERIFY(client.connected_to("L&amp;oin", "http://loin:8000"));
     }
 
     void client_finds_nothing() {
@@ -466,63 +543,61 @@ private slots:
     }
 
     void configuration() {
-        const TestDirectory directory;
-        QByteArray registry;
-        for (const QString& name : {QStringLiteral("a"), QStringLiteral("b")}) {
-            QDir().mkpath(name + QStringLiteral("/manage.py"));
-            registry += name.toLatin1() + '|' + directory.path(name).toLocal8Bit() + "|\n";
-        }
-        directory.write(QStringLiteral("networks.data"), registry);
-        directory.fake_command(QStringLiteral("python3"),
-                               "[ \"$3\" != liste ] || exec printf '%s\\tbo\\n' super standard\n"
-                               "read -r line; echo \"${PWD##*/} $* $line\" > $WORK/asked\n"
-                               "[ $(cat $WORK/status) != killed ] || kill -9 $$\n"
-                               "echo Raison. >&2; exit $(cat $WORK/status)");
-        SetupWindow window(nullptr);
-        new SetupControls(window);
-        window.show();
-        const auto find_button = [&](const char* name) {
-            return window.findChildren<QPushButton*>(QLatin1String(name)).last();
-        };
-        const QLabel& result = *window.findChild<QLabel*>(QStringLiteral("result"));
-        auto& role = *window.findChild<QComboBox*>(QStringLiteral("role_list"));
-        QCOMPARE(role.currentIndex(), 1);
-        QVERIFY(window.findChild<QWidget*>(QStringLiteral("appearance_item"))->isHidden());
-        auto& choice = *window.findChild<QComboBox*>(QStringLiteral("network_choice"));
-        choice.setCurrentIndex(1);
-        directory.write(QStringLiteral("b/nom.txt"), "B");
-        emit window.findChild<NetworkJobs*>()->done();
-        QCOMPARE(choice.currentText(), QStringLiteral("B"));
-        QTest::mouseClick(find_button("add_button"), Qt::LeftButton);
-        // Adds an account to the second network.
-        const auto save = [&](int chosen_role, const QByteArray& status,
-                              const QStringList& typed = {}) {
-            directory.write(QStringLiteral("status"), status);
-            role.setCurrentIndex(chosen_role);
-            const QByteArray reasons = refusals(window, typed);
-            return reasons + directory.read(QStringLiteral("asked"));
-        };
-        QCOMPARE(save(0, "0"), "Donnez un pseudo.|Donnez un nom.|Donnez un mot de passe.||");
-        QStringList typed = {QStringLiteral(" anne"), QStringLiteral("Anne  Petit"),
-                             QStringLiteral("sésame"), QStringLiteral("sesame")};
-        QCOMPARE(save(0, "0", typed), "|||Les deux mots de passe ne sont pas les mêmes.|");
-        typed[3] = typed[2];
-        const char* const account = " -- anne Anne Petit sésame\n";
-        QCOMPARE(save(0, "3", typed), QByteArray("||Raison.||b manage.py compte super") + account);
-        QCOMPARE(save(1, "4"), QByteArray("Raison.||||b manage.py compte standard") + account);
-        QCOMPARE(save(2, "1"), QByteArray("||||b manage.py compte invite") + account);
-        QCOMPARE(result.text(), QStringLiteral("Le compte n'a pas été ajouté. Raison."));
-        QCOMPARE(window.focusWidget(), find_button("save_button"));
-        const QByteArray path = qgetenv("PATH");
-        qputenv("PATH", "/nowhere");
-        save(2, "0");
-        qputenv("PATH", path);
-        QVERIFY(result.text().endsWith(QStringLiteral("python3 n'a pas pu être lancé.")));
-        save(2, "killed");
-        QVERIFY(result.text().endsWith(QStringLiteral("python3 a été interrompu.")));
+        const Setup setup;
+        QCOMPARE(setup.window->findChild<QComboBox*>(QStringLiteral("role_list"))->currentIndex(),
+                 1);
+        QVERIFY(setup.window->findChild<QWidget*>(QStringLiteral("appearance_item"))->isHidden());
+        setup.directory.write(QStringLiteral("b/nom.txt"), "C");
+        emit setup.window->findChild<NetworkJobs*>()->done();
+        QCOMPARE(setup.choice().currentText(), QStringLiteral("C"));
+    }
 
-        // What is typed is not lost unasked.
-        bool asked = false;
+    void refused_account_data() {
+        QTest::addColumn<int>("role");
+        QTest::addColumn<QByteArray>("status");
+        QTest::addColumn<QStringList>("typed");
+        QTest::addColumn<QByteArray>("reasons");
+        QTest::addColumn<QString>("result");
+        QStringList twice_typed = typed_account;
+        twice_typed.last() = QStringLiteral("sesame");
+        const auto row = [](const char* name, int role, const QByteArray& status,
+                            const QStringList& typed, const QByteArray& reasons,
+                            const char* result = "") {
+            QTest::newRow(name) << role << status << typed << reasons << QString::fromUtf8(result);
+        };
+        const QByteArray account = " -- anne Anne Petit sésame\n";
+        const QByteArray guest = "||||b manage.py compte invite" + account;
+        row("nothing", 0, "0", {}, "Donnez un pseudo.|Donnez un nom.|Donnez un mot de passe.||");
+        row("another password", 0, "0", twice_typed,
+            "|||Les deux mots de passe ne sont pas les mêmes.|");
+        row("password", 0, "3", typed_account, "||Raison.||b manage.py compte super" + account);
+        row("pseudonym", 1, "4", typed_account, "Raison.||||b manage.py compte standard" + account);
+        row("account", 2, "1", typed_account, guest, "Le compte n'a pas été ajouté. Raison.");
+        row("killed", 2, "killed", typed_account, guest,
+            "Le compte n'a pas été ajouté. Le programme python3 a été interrompu.");
+        row("absent", 2, "absent", typed_account, "||||",
+            "Le compte n'a pas été ajouté. Le programme python3 n'a pas pu être lancé.");
+    }
+    void refused_account() {
+        QFETCH(int, role);
+        QFETCH(QByteArray, status);
+        QFETCH(QStringList, typed);
+        QFETCH(QByteArray, reasons);
+        QFETCH(QString, result);
+        const Setup setup;
+        if (status == "absent") {
+            qputenv("PATH", "/nowhere");
+        }
+        QCOMPARE(setup.save(role, status, typed), reasons);
+        QCOMPARE(setup.result(), result);
+        QVERIFY(result.isEmpty() ||
+                setup.window->focusWidget() == setup.last_button("save_button"));
+    }
+
+    void added_account() {
+        const Setup setup;
+        setup.save(2, "4", typed_account);
+        bool asked = false;  // what is typed is not lost unasked
         answer_dialog("question", [&asked](QWidget& question) {
             const auto labels = question.findChildren<QLabel*>();
             asked = std::all_of(labels.begin(), labels.end(), [](const QLabel* label) {
@@ -530,15 +605,16 @@ private slots:
             });
             QTest::keyClick(&question, Qt::Key_Return);
         });
-        QTest::keyClick(&window, Qt::Key_Escape);
-        QVERIFY(asked && window.isVisible());
-        QCOMPARE(save(2, "0"), QByteArray("||||b manage.py compte invite") + account);
-        QCOMPARE(result.text(), QStringLiteral("Le compte «\u00a0anne\u00a0» est ajouté au réseau "
-                                               "«\u00a0B\u00a0»."));
-        const QLineEdit& password = *window.findChildren<QLineEdit*>().last();
+        QTest::keyClick(setup.window.get(), Qt::Key_Escape);
+        QVERIFY(asked && setup.window->isVisible());
+        QCOMPARE(setup.save(2, "0", {}),
+                 "||||b manage.py compte invite -- anne Anne Petit sésame\n");
+        QCOMPARE(setup.result(), QStringLiteral("Le compte «\u00a0anne\u00a0» est ajouté au réseau "
+                                                "«\u00a0B\u00a0»."));
+        const QLineEdit& password = *setup.window->findChildren<QLineEdit*>().last();
         QVERIFY(password.text().isEmpty() && password.echoMode() == QLineEdit::Password);
-        QTest::keyClick(&window, Qt::Key_Escape);
-        QVERIFY(!window.isVisible());
+        QTest::keyClick(setup.window.get(), Qt::Key_Escape);
+        QVERIFY(!setup.window->isVisible());
     }
 
     void accounts_of_a_network() {
@@ -569,17 +645,8 @@ private slots:
         });
         QTest::mouseClick(buttons("password_button")[0], Qt::LeftButton);
         QCOMPARE(refused, "Erreur.||");
-        for (const int answer : {0, 1}) {
-            answer_dialog("question", [answer](QWidget& question) {
-                const auto choices = question.findChildren<QPushButton*>();
-                for (auto* choice : choices) {
-                    if (choice->text() ==
-                        (answer == 0 ? QStringLiteral("Non") : QStringLiteral("Oui"))) {
-                        choice->click();
-                        return;
-                    }
-                }
-            });
+        for (const char* answer : {"Non", "Oui"}) {
+            answer_question(answer);
             QTest::mouseClick(buttons("remove_button")[1], Qt::LeftButton);
         }
         QTRY_COMPARE(directory.read(QStringLiteral("asked")),
@@ -636,7 +703,7 @@ private slots:
     void creation_form() {
         const TestDirectory directory;
         NetworkSelectionWindow window(nullptr);
-        const auto* form = new CreationForm(window);
+        new CreationForm(window);
         window.show();
         QCOMPARE(refusals(window, {}),
                  "Donnez-lui un nom.||Donnez un pseudo à l'administrateur.|"
@@ -648,6 +715,14 @@ private slots:
         QCOMPARE(fields[1]->text(), QDir::current().filePath(QStringLiteral("l_ete")));
         QVERIFY(fields[3]->echoMode() == QLineEdit::Password &&
                 fields[4]->echoMode() == QLineEdit::Password);
+    }
+
+    void leaving_the_creation_form() {
+        const TestDirectory directory;
+        NetworkSelectionWindow window(nullptr);
+        const auto* form = new CreationForm(window);
+        window.show();
+        refusals(window, {QStringLiteral("A")});
         QSignalSpy left(form, &CreationForm::left);
         auto* back = window.findChild<QLabel*>(QStringLiteral("back_link"));
         QTest::mouseClick(back, Qt::RightButton);
