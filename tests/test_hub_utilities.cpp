@@ -311,13 +311,15 @@ private slots:
 
     void display_names() {
         const TestDirectory directory;
-        directory.write(QStringLiteral("networks.data"), "A|a|\n&&|b|\nlost|\n");
+        directory.write(QStringLiteral("networks.data"), "A|a|\n&&\t|b|\nlost|\n|c|\n");
         QDir().mkdir(QStringLiteral("a"));
         const QByteArray long_name = QByteArray("\u00e9").repeated(600);
         const std::pair<QByteArray, QString> rows[] = {
             {"\xef\xbb\xbf \r\n\n  L'\u00e9t\u00e9  \r\nx", QStringLiteral("L'été")},
             {"\xc9t\xe9 \x9c\n", QStringLiteral("Été œ")},
             {"a" + long_name, QLatin1Char('a') + QString(99, QChar(0xe9))},
+            {QByteArray(98, 'a') + "\U0001F600\U0001F601\U0001F602",
+             QString(98, QLatin1Char('a')) + QStringLiteral("😀😁")},
             {"\x07\nA\x1b[1mB\n", QStringLiteral("A [1mB")},
             {" \n", QStringLiteral("A")},
         };
@@ -326,6 +328,7 @@ private slots:
             const auto networks = registered_networks();
             QCOMPARE(networks[0].name, name);
             QCOMPARE(networks[1].name, QStringLiteral("&"));
+            QCOMPARE(networks[2].name, QStringLiteral("c"));
         }
         QFile::remove(QStringLiteral("a/nom.txt"));
         QCOMPARE(mkfifo("a/nom.txt", 0600), 0);
@@ -333,9 +336,10 @@ private slots:
     }
 
     void list_of_networks() {
-        const QString output = QStringLiteral("A\t/d/a\t2048\tservi\nB\t/d/b\t0\tabsent");
-        const std::pair<std::string, QString> rows[] = {
-            {"/d/b", QStringLiteral("absent")}, {"/d//a/", QStringLiteral("servi")}, {"/d", {}}};
+        const QString output = QStringLiteral("A\t/d/a\t2048\ten marche\nB\t/d/b\t0\tabsent");
+        const std::pair<std::string, QString> rows[] = {{"/d/b", QStringLiteral("absent")},
+                                                        {"/d//a/", QStringLiteral("en marche")},
+                                                        {"/d", {}}};
         for (const auto& [directory, state] : rows) {
             const auto found = find_listed(output, {QStringLiteral("A"), directory});
             QCOMPARE(found ? found->state : QString(), state);

@@ -22,7 +22,9 @@ QByteArray output_of_python(const QStringList& arguments) {
 
 QString clean_name(QString text) {
     static const QRegularExpression unfit(QStringLiteral(R"([\x00-\x1f\x7f-\x9f]+)"));
-    return text.replace(unfit, QStringLiteral(" ")).simplified().left(longest_name).trimmed();
+    text = text.replace(unfit, QStringLiteral(" ")).simplified();
+    // UTF-16 has two units for some characters.
+    return QString::fromStdU32String(text.toStdU32String().substr(0, longest_name)).trimmed();
 }
 
 QString without_accents(QString text) {

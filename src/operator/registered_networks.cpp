@@ -33,8 +33,12 @@ QString name_in_file(const QDir& project) {
 }
 
 QString display_name(const Network& network) {
-    QString name = name_in_file(QDir(QFile::decodeName(network.path.c_str())));
-    return name.isEmpty() ? shown_name(network.name) : name;
+    const QDir project(QFile::decodeName(network.path.c_str()));
+    QString name = name_in_file(project);
+    if (name.isEmpty()) {
+        name = clean_name(shown_name(network.name));
+    }
+    return name.isEmpty() ? clean_name(project.dirName()) : name;
 }
 
 }  // namespace

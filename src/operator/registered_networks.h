@@ -6,7 +6,7 @@
 
 /// A network of the registry, under the name that the operator sees.
 struct RegisteredNetwork {
-    QString name;           ///< its display name: the one in its "nom.txt", else the registry's
+    QString name;           ///< its display name: of its "nom.txt", the registry or its directory
     std::string directory;  ///< its project's, the bytes that the registry has
 };
 
