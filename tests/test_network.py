@@ -123,7 +123,7 @@ class Network(unittest.TestCase):
         (self.work / "Forge/manage.py").unlink()
         lines = [line.split("\t") for line in self.done("list").splitlines()]
         self.assertGreater(int(lines[0].pop(2)), 100_000)
-        self.assertEqual(lines, [["Été", str(self.project), "servi"],
+        self.assertEqual(lines, [["Été", str(self.project), "en marche"],
                                  ["Forge", str(self.work / "Forge"), "0", "absent"]])
         self.assertEqual(self.done("list", "--", lines[1][1] + "/").count("\n"), 1)
         for wanted, name in (("Été", "-L'œil | & \t là"), (str(self.project), "théâtre"),

@@ -193,7 +193,7 @@ class Refresh(unittest.TestCase):
         with subprocess.Popen([sys.executable, "manage.py", "runserver"], cwd=self.project,
                               stdin=subprocess.PIPE, stdout=subprocess.PIPE) as server:
             server.stdout.readline()
-            self.assertIn("servi en ce moment", self.upgrade())
+            self.assertIn("il est en marche", self.upgrade())
             self.assertEqual(self.now("urls.py"), "")
             server.stdin.close()
         self.write(self.project, {"manage.py": MANAGE})

@@ -81,9 +81,9 @@ class Servers:
             return
         self._occupied.discard(address)
         self._add(address, server)
-        self._say(f"Servi à cette machine seule, qui n'est sur aucun réseau : "
+        self._say(f"Visible de cette machine seulement, qui n'est sur aucun réseau local : "
                   f"http://{address}:{self._port}/" if address == ALONE else
-                  f"Servi aussi à l'adresse http://{address}:{self._port}/")
+                  f"Visible aussi à l'adresse http://{address}:{self._port}/")
 
     def _close(self, address):
         server = self._servers.pop(address)

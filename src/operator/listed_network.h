@@ -8,7 +8,7 @@
 /// What `quorvale-network list` tells of a network, besides its name and its directory.
 struct ListedNetwork {
     QString size;   ///< on the disk, with its unit
-    QString state;  ///< "servi", "arrêté" or "absent"
+    QString state;  ///< "en marche", "arrêté" or "absent"
 };
 
 /// Returns what the output of that command tells of the network; nothing if it is not in there.

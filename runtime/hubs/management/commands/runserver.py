@@ -47,7 +47,7 @@ class Command(runserver.Command):
         sys.stdout.write(f"{text}\n")
 
     def give_up(self, reason):
-        print(terminal.harmless(f"Le réseau n'est pas servi : {reason}"), file=sys.stderr)
+        print(terminal.harmless(f"Le réseau n'a pas pu démarrer : {reason}"), file=sys.stderr)
         sys.exit(1)
 
     def run(self, **options):
@@ -68,7 +68,7 @@ class Command(runserver.Command):
                 logging.getLogger("django.server").setLevel(logging.ERROR)
             self.check()
             address, port = server.server_address[:2]
-            self.say(f"Le réseau « {names.display_name()} » est servi. Pour l'arrêter : Ctrl+C.\n"
+            self.say(f"Le réseau « {names.display_name()} » est en marche. Pour l'arrêter : Ctrl+C.\n"
                      f"Adresse à donner aux visiteurs : http://{self.shown(address)}:{port}/")
             servers = Servers(server, names.display_name(), self.say)
             servers.run()
@@ -102,9 +102,9 @@ class Command(runserver.Command):
         if not holder.network:
             self.give_up(f"le port {self.port} est pris par {processes.described(holder)}.")
         if holder.network == settings.BASE_DIR:
-            self.say("Ce réseau était déjà servi : il redémarre.")
+            self.say("Ce réseau était déjà en marche : il redémarre.")
         else:
-            self.say(f"Le réseau « {names.display_name(holder.network)} » était servi :"
+            self.say(f"Le réseau « {names.display_name(holder.network)} » était en marche :"
                      " il est arrêté.")
         processes.end(holder.network)
 
