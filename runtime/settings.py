@@ -88,9 +88,9 @@ INSTALLED_APPS = [
 MIDDLEWARE = [
     f"{PACKAGE}.hubs.middleware.visitors_own_address",
     f"{PACKAGE}.hubs.visitors.counted",
-    f"{PACKAGE}.hubs.middleware.log_ins_in_line",
-    f"{PACKAGE}.hubs.middleware.searches_in_line",
-    f"{PACKAGE}.hubs.middleware.headers_alone",
+    f"{PACKAGE}.hubs.middleware.log_ins_queued",
+    f"{PACKAGE}.hubs.middleware.searches_queued",
+    f"{PACKAGE}.hubs.middleware.no_body_for_head",
     f"{PACKAGE}.hubs.middleware.own_content_only",
     "django.middleware.security.SecurityMiddleware",
     "django.contrib.sessions.middleware.SessionMiddleware",

@@ -370,7 +370,7 @@ class TemplateTest(ServedNetworkTest):
 
     def test_cut(self):
         server = self.project / "Atelier" / "hubs" / "server.py"
-        server.write_text(re.sub("STILL_SECONDS = .*", "STILL_SECONDS = 1", server.read_text()))
+        server.write_text(re.sub("STALL_SECONDS = .*", "STALL_SECONDS = 1", server.read_text()))
         self.handed_in.mkdir(0o700)
         (self.handed_in / ".ouverte").touch()
         self.start_server(preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_FSIZE,

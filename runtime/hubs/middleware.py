@@ -30,33 +30,33 @@ def _announced_size(request):
     return int(size) if size.isdecimal() and len(size) < 20 else math.inf
 
 
-class _Lines:
+class _Queues:
     """Where the requests of one address wait for each other, so that a hundred of them delay
-    another address by a few at most. Addresses that share a line by chance wait for each other."""
+    another address by a few at most. Addresses that share a queue by chance do so, too."""
 
     def __init__(self, at_once):
-        self._lines = [threading.BoundedSemaphore(at_once) for _ in range(64)]
+        self._queues = [threading.BoundedSemaphore(at_once) for _ in range(64)]
 
     def of(self, request):
         """A context in which the request has its turn."""
-        return self._lines[hash(request.META["REMOTE_ADDR"]) % len(self._lines)]
+        return self._queues[hash(request.META["REMOTE_ADDR"]) % len(self._queues)]
 
 
-def searches_in_line(get_response):
+def searches_queued(get_response):
     """The searches of one address wait for each other: each keeps a processor busy."""
-    lines = _Lines(1)
+    queues = _Queues(1)
 
     def middleware(request):
         if request.method not in ("GET", "HEAD") or not request.GET.get("q"):
             return get_response(request)
-        with lines.of(request):
+        with queues.of(request):
             return get_response(request)
     return middleware
 
 
-def log_ins_in_line(get_response):
+def log_ins_queued(get_response):
     """The log-ins of one address wait for each other before anything is done for them."""
-    lines = _Lines(limits.LOGINS_AT_ONCE)
+    queues = _Queues(limits.LOGINS_AT_ONCE)
 
     def middleware(request):
         if (request.method != "POST" or request.path != reverse("admin:login")
@@ -66,7 +66,7 @@ def log_ins_in_line(get_response):
             request.body  # it may come slowly: nobody waits for that
         except OSError:
             pass  # the form is incomplete, and is told so
-        with lines.of(request):
+        with queues.of(request):
             return get_response(request)
     return middleware
 
@@ -81,8 +81,8 @@ def own_content_only(get_response):
     return middleware
 
 
-def headers_alone(get_response):
-    """Leave out the body that a HEAD request did not ask for: some servers would send it."""
+def no_body_for_head(get_response):
+    """Leave the body out of the answer to HEAD: some servers would send it."""
     def middleware(request):
         response = get_response(request)
         if request.method == "HEAD":
@@ -103,7 +103,7 @@ def _page_and_rest(request, page):
 
 
 def _refused(request, view):
-    page = refusals.of_its_size(request, view)
+    page = refusals.too_large(request, view)
     return StreamingHttpResponse(_page_and_rest(request, page.content), status=page.status_code,
                                  headers={"Content-Length": str(len(page.content))})
 

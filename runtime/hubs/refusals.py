@@ -6,9 +6,9 @@ from django.contrib.admin.views.decorators import staff_member_required
 from django.shortcuts import render
 
 
-def of_its_size(request, view):
-    """The page for a body that is refused unread: it is too large, unless it is from staff whose
-    log-in has ended."""
+def too_large(request, view):
+    """The page for a body that is refused unread, for its size. Where a form is for staff alone,
+    their log-in has ended."""
     if getattr(view, "for_staff", False):
         return session_ended(request)
     return render(request, "413.html", status=413)

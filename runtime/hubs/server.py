@@ -1,7 +1,7 @@
 """The server of a network: Django's own, able to serve a school.
 
 What differs from Django's: more connections may queue, but only so many may be open; none may wait
-long for a request, send its head slowly, or stand still; nothing is looked up in the DNS; answers
+long for a request, send its head slowly, or stall; nothing is looked up in the DNS; answers
 are not held back on kept connections; files are sent by the kernel; and a body that the page does
 not read is never in memory as a whole.
 """
@@ -23,8 +23,8 @@ from .transfers import Part
 # How long a connection may wait for a request, and then for the whole of its head
 IDLE_SECONDS = 20
 HEAD_SECONDS = 20
-# How long it may stand still in the middle of a body or an answer
-STILL_SECONDS = 120
+# How long it may stall in the middle of a body or an answer
+STALL_SECONDS = 120
 
 _MAX_HEAD = 32 * 1024
 
@@ -33,8 +33,8 @@ _BUSY = (b"HTTP/1.1 503 Service Unavailable\r\nContent-Length: 0\r\nRetry-After:
 
 
 class _Stream(io.RawIOBase):
-    """Reads from a connection, which may stand still for STILL_SECONDS; after limit(), it must be
-    done within a time."""
+    """Reads from a connection, which may stall for STALL_SECONDS; after limit(), it must be done
+    within a time."""
 
     def __init__(self, connection):
         self._connection = connection
@@ -48,7 +48,7 @@ class _Stream(io.RawIOBase):
         return True
 
     def readinto(self, buffer):
-        left = STILL_SECONDS if self._end is None else self._end - time.monotonic()
+        left = STALL_SECONDS if self._end is None else self._end - time.monotonic()
         if left <= 0:
             raise TimeoutError
         self._connection.settimeout(left)
@@ -129,7 +129,7 @@ class _RequestHandler(basehttp.WSGIRequestHandler):
 
     def parse_request(self):
         connection, self.rfile = self.rfile, _Bounded(self.rfile, _MAX_HEAD)
-        self._told_to_send = None
+        self._tell_to_send = None
         try:
             if not super().parse_request():
                 return False
@@ -149,7 +149,7 @@ class _RequestHandler(basehttp.WSGIRequestHandler):
 
     def handle_expect_100(self):
         """Let the client send the body when a page reads it, not before."""
-        self._told_to_send = super().handle_expect_100
+        self._tell_to_send = super().handle_expect_100
         return True
 
     def get_environ(self):
@@ -174,9 +174,9 @@ class _RequestHandler(basehttp.WSGIRequestHandler):
         if not self.read_head():
             return
         self._stream.limit(None)
-        self.connection.settimeout(STILL_SECONDS)
+        self.connection.settimeout(STALL_SECONDS)
         body = _Bounded(self.rfile, int(self.headers.get("Content-Length", "0")),
-                        self._told_to_send)
+                        self._tell_to_send)
         answer = _Answer(body, self, self.wfile, self.get_stderr(), self.get_environ())
         answer.run(self.server.get_app())
         # What is left must not be taken for the next request, nor the next answer for the

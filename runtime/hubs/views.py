@@ -12,9 +12,9 @@ from django.shortcuts import redirect, render
 from django.urls import reverse
 from django.views.decorators.http import require_http_methods, require_safe
 
-from . import (addresses, archives, handed_in, limits, lists, mdns, names, resources, shown,
-               uploads)
-from .kept_pages import same_for_visitors
+from . import (addresses, archives, file_names, handed_in, limits, lists, mdns, names, resources,
+               shown, uploads)
+from .page_cache import same_for_visitors
 from .refusals import staff_only
 from .transfers import send_file
 
@@ -84,7 +84,7 @@ def _opened(folder, path):
         raise Http404 from error
 
 
-def _given(request, file, name):
+def _file_answer(request, file, name):
     kind = shown.content_type(name)
     if not kind:
         return send_file(request, file, name)
@@ -105,7 +105,7 @@ def download(request, path):
         response = render(request, "being_copied.html", status=503)
         response["Retry-After"] = "2"
         return response
-    return _given(request, file, os.path.basename(path))
+    return _file_answer(request, file, os.path.basename(path))
 
 
 def _named(files):
@@ -116,7 +116,7 @@ def _named(files):
 
 
 def _tell(request, level, files, one, several):
-    """Tell what became of the files: their names, and what is said of one, or of several."""
+    """Add a message: the names of the files, and what is said of one, or of several."""
     if files:
         messages.add_message(request, level, f"{_named(files)} {several if files[1:] else one}")
 
@@ -173,7 +173,7 @@ def upload(request):
         return redirect("index")
     kept, there, unfit, failed = [], [], [], {}
     for file in _sent(request, "fichiers"):
-        name = resources.clean_name(file.name)
+        name = file_names.clean(file.name)
         try:
             if not name:
                 unfit.append(file.name)
@@ -207,7 +207,7 @@ def _list_address(page, path):
 @require_http_methods(["GET", "HEAD", "POST"])
 @staff_only
 def remove(request, name, folder, back):
-    """Remove a file of the folder, once it has been asked whether that is meant."""
+    """Remove a file of the folder, after a question."""
     if not folder.has_file(name):
         raise Http404
     file, list_address = os.path.basename(name), _list_address(back, name)
@@ -250,8 +250,7 @@ def replace(request, path):
 
 @require_safe
 def may_send(request, method, page):
-    """What a web server that passes requests on asks before it takes the body of one: an answer
-    without content, 204 or 403."""
+    """Tells a reverse proxy whether to take the body of a request: 204 or 403, without content."""
     allowed = (method != "POST" or request.user.is_staff
                or page.startswith("remettre/") and handed_in.is_open())
     return HttpResponse(status=204 if allowed else 403)
@@ -335,7 +334,7 @@ def handed_in_archive(_request):
 @require_http_methods(["GET", "HEAD", "POST"])
 @staff_only
 def remove_all_handed_in(request):
-    """Remove all that has been handed in, but for what came after the question."""
+    """Remove all that had been handed in when the question was asked."""
     if request.method != "POST":
         files = handed_in.files()
         return render(request, "remove_all.html", {
@@ -355,7 +354,7 @@ def remove_all_handed_in(request):
 @staff_only
 def download_handed_in(request, name):
     """One file that has been handed in."""
-    return _given(request, _opened(handed_in.FOLDER, name), name)
+    return _file_answer(request, _opened(handed_in.FOLDER, name), name)
 
 
 @require_http_methods(["GET", "HEAD", "POST"])

@@ -68,9 +68,10 @@ class Command(runserver.Command):
                 logging.getLogger("django.server").setLevel(logging.ERROR)
             self.check()
             address, port = server.server_address[:2]
-            self.say(f"Le réseau « {names.display_name()} » est en marche. Pour l'arrêter : Ctrl+C.\n"
+            name = names.display_name()
+            self.say(f"Le réseau « {name} » est en marche. Pour l'arrêter : Ctrl+C.\n"
                      f"Adresse à donner aux visiteurs : http://{self.shown(address)}:{port}/")
-            servers = Servers(server, names.display_name(), self.say)
+            servers = Servers(server, name, self.say)
             servers.run()
         except KeyboardInterrupt:
             for number in (signal.SIGINT, signal.SIGTERM, signal.SIGHUP):

@@ -1,4 +1,4 @@
-"""Pages that are the same for all visitors are not rendered anew for each of them."""
+"""A cache of pages that are the same for all visitors."""
 
 import functools
 import threading
@@ -9,24 +9,24 @@ from django.contrib.messages.storage.cookie import CookieStorage
 from django.http import HttpResponse
 from django.utils.cache import patch_vary_headers
 
-_KEPT_SECONDS = 1
+_CACHE_SECONDS = 1
 _MAX_PAGES = 64
 
-_kept = {}  # address of a page: its bytes, and when they expire
+_cache = {}  # address of a page: its bytes, and when they expire
 _rendering = threading.Lock()
 
 
 def _fresh(address):
-    body, end = _kept.get(address, (None, 0))
+    body, end = _cache.get(address, (None, 0))
     return body if time.monotonic() < end else None
 
 
-def _keep(address, body):
+def _store(address, body):
     now = time.monotonic()
-    for other in [key for key, (_, end) in _kept.items() if end <= now]:
-        del _kept[other]
-    if len(_kept) < _MAX_PAGES:
-        _kept[address] = (body, now + _KEPT_SECONDS)
+    for other in [key for key, (_, end) in _cache.items() if end <= now]:
+        del _cache[other]
+    if len(_cache) < _MAX_PAGES:
+        _cache[address] = (body, now + _CACHE_SECONDS)
 
 
 def _answer(body):
@@ -41,10 +41,10 @@ def _is_personal(request):
 
 
 def same_for_visitors(view):
-    """Keep what the view answers for a second, for visitors who send none of our cookies. Answers
-    that are for one visitor (with a form's token or a cookie) are not kept."""
+    """Cache what the view answers for a second, for visitors who send none of our cookies. Answers
+    that are for one visitor (with a form's token or a cookie) are not cached."""
     @functools.wraps(view)
-    def kept_view(request, **kwargs):
+    def cached_view(request, **kwargs):
         if _is_personal(request):
             return view(request, **kwargs)
         address = (request.META.get("HTTP_HOST"), request.path, request.META["QUERY_STRING"])
@@ -58,6 +58,6 @@ def same_for_visitors(view):
                             or "CSRF_COOKIE" in request.META):
                         return response
                     body = response.content
-                    _keep(address, body)
+                    _store(address, body)
         return _answer(body)
-    return kept_view
+    return cached_view
