@@ -21,10 +21,12 @@ import stat
 import subprocess
 import time
 import zipfile
+from collections.abc import Iterator
 from contextlib import closing, contextmanager
 from pathlib import Path
 
-import registry
+import registry  # first: it finds the template's units
+from file_names import is_fit
 
 _FORMAT = b"Quorvale 1"
 _DATABASE = "db.sqlite3"
@@ -37,9 +39,6 @@ _MAX_DEPTH = 32
 _MEMORY_BYTES = 512 * 2**20
 # What stays free on the disk
 _SPARE_BYTES = 100 * 2**20
-# As the pages show and take them: visible, and without what could mislead
-_FIT_NAME = re.compile(r"[^.\x00-\x1f\x7f-\x9f\u202a-\u202e\u2066-\u2069\ud800-\udfff/]"
-                       r"[^\x00-\x1f\x7f-\x9f\u202a-\u202e\u2066-\u2069\ud800-\udfff/]*")
 _KEY = re.compile(rb"[\x21-\x7e]{20,200}")
 _UNUSABLE = "ce n'est pas une copie de réseau, ou elle est abîmée"
 
@@ -61,8 +60,8 @@ def _claimed(path, flags, what):
         os.close(descriptor)
 
 
-def _accounts(path):
-    """The database as it is at one moment, whoever writes in it."""
+def _accounts(path: Path) -> bytes:
+    """A snapshot of the database, whoever writes to it meanwhile."""
     try:
         with closing(sqlite3.connect(f"{path.resolve().as_uri()}?mode=rw", uri=True)) as database, \
                 closing(sqlite3.connect(":memory:")) as copy:
@@ -72,17 +71,17 @@ def _accounts(path):
         raise Refused("sa base de données n'a pas pu être lue") from None
 
 
-def _files(folder):
-    """The plain files below a folder that are visible and that programs did not make."""
+def _files(folder: Path) -> Iterator[Path]:
+    """The plain files below a folder that are visible and not Python's cache."""
     for path, folders, files in os.walk(folder):
         folders[:] = [name for name in folders
-                      if _FIT_NAME.fullmatch(name) and name != "__pycache__"]
-        for name in filter(_FIT_NAME.fullmatch, files):
+                      if is_fit(name) and name != "__pycache__"]
+        for name in filter(is_fit, files):
             if stat.S_ISREG(os.lstat(os.path.join(path, name)).st_mode):
                 yield Path(path, name)
 
 
-def _changed_files(project, package):
+def _changed_files(project: Path, package: Path) -> Iterator[Path]:
     """The files of the network that neither came with it nor are the template's."""
     came = registry.read_record(project) or {}
     for part in (*registry.PAGES, *registry.PROGRAMS):
@@ -95,10 +94,10 @@ def _changed_files(project, package):
                 yield path
 
 
-def _add(archive, name, source):
+def _add(archive: zipfile.ZipFile, name: str, source: Path) -> None:
     """Put a file into the archive; a link, or one that has gone meanwhile, is left out. Raises
     Refused for what would not be restored."""
-    if not _is_fit(zipfile.ZipInfo(name)):
+    if not _is_allowed(zipfile.ZipInfo(name)):
         raise Refused(f"« {name} » est dans trop de dossiers, les uns dans les autres")
     if len(archive.infolist()) == _MAX_FILES:
         raise Refused("il a trop de fichiers pour une copie")
@@ -115,7 +114,7 @@ def _add(archive, name, source):
             shutil.copyfileobj(file, member)
 
 
-def _fill(archive, network):
+def _fill(archive: zipfile.ZipFile, network: registry.Network) -> None:
     project = Path(os.path.realpath(network.directory))
     package = project / project.name
     archive.comment = _FORMAT
@@ -129,8 +128,8 @@ def _fill(archive, network):
         _add(archive, str(path.relative_to(package)), path)
 
 
-def _publish(source, target):
-    """Give a file its name; nothing that is there is replaced."""
+def _publish(source: Path, target: Path) -> None:
+    """Give a file its name. Replaces nothing."""
     subprocess.run(["mv", "--no-clobber", "--no-target-directory", "--", source, target],
                    check=False, stderr=subprocess.DEVNULL)
     if os.path.lexists(source):
@@ -139,7 +138,7 @@ def _publish(source, target):
     registry.sync(target.parent)
 
 
-def make(network, target):
+def make(network: registry.Network, target: Path) -> None:
     """Copy a network into a new file, whole or not at all. Raises Refused and OSError."""
     if os.path.lexists(target):
         raise Refused(f"« {target} » existe déjà")
@@ -157,33 +156,34 @@ def make(network, target):
             part.unlink(missing_ok=True)
 
 
-def _is_fit(info):
+def _is_allowed(info: zipfile.ZipInfo) -> bool:
     """Whether a copy may hold that file."""
     first, *others = info.filename.split("/")
     known = (first in _FILES + registry.PROGRAMS if not others else
              first in _VISITORS_FOLDERS + registry.PAGES + registry.PROGRAMS)
     kind = stat.S_IFMT(info.external_attr >> 16)
     return (known and len(others) < _MAX_DEPTH and kind in (0, stat.S_IFREG)
-            and all(_FIT_NAME.fullmatch(name) and len(os.fsencode(name)) < 256 for name in others)
+            and all(is_fit(name) and len(os.fsencode(name)) < 256 for name in others)
             and info.compress_type == zipfile.ZIP_STORED and info.file_size == info.compress_size
             and not info.flag_bits & 1)  # not encrypted
 
 
-def _checked(archive, size):
-    """The files of a copy of SIZE bytes. Raises Refused for a copy that make() would not make."""
+def _checked(archive: zipfile.ZipFile, size: int) -> list[zipfile.ZipInfo]:
+    """The files of a copy of SIZE bytes. Raises Refused for a copy that make() would not make, and
+    OSError if the disk has no room for it."""
     files = archive.infolist()
     held = {info.filename for info in files}
     # Nothing is compressed: there cannot be more in it than its own size.
     if (archive.comment != _FORMAT or not held.issuperset(("nom.txt", _DATABASE))
             or len(held) != len(files) or len(files) > _MAX_FILES
-            or not all(map(_is_fit, files)) or sum(info.file_size for info in files) > size):
+            or not all(map(_is_allowed, files)) or sum(info.file_size for info in files) > size):
         raise Refused(_UNUSABLE)
     if size + _SPARE_BYTES > shutil.disk_usage(".").free:
-        raise Refused("il n'y a plus assez de place sur le disque")
+        raise OSError(errno.ENOSPC, os.strerror(errno.ENOSPC))
     return files
 
 
-def _check_accounts(path):
+def _check_accounts(path: Path) -> None:
     """Raises Refused for a database with anything but tables and indices, which is all that Django
     makes: a trigger or a view would act on its own."""
     with closing(sqlite3.connect(f"{path.resolve().as_uri()}?mode=ro", uri=True)) as database:
@@ -197,7 +197,7 @@ def _check_accounts(path):
             raise Refused(_UNUSABLE)
 
 
-def _extract_file(archive, info, target):
+def _extract_file(archive: zipfile.ZipFile, info: zipfile.ZipInfo, target: Path) -> None:
     target.parent.mkdir(parents=True, exist_ok=True)
     for_all = info.filename.partition("/")[0] in (*registry.PAGES, "ressources", "nom.txt")
     with archive.open(info) as member, open(target, "xb") as file:
@@ -219,7 +219,7 @@ def _memory_bounded():
         resource.setrlimit(resource.RLIMIT_AS, limits)
 
 
-def _extract(source, contents):
+def _extract(source: Path, contents: Path) -> list[str]:
     """Lay the files of a copy out below CONTENTS: in "projet" what goes into the project's
     directory, in "paquet" what goes into its package. Returns the names of those left out."""
     left_out = []
@@ -243,9 +243,9 @@ def _extract(source, contents):
     return left_out
 
 
-def _create(contents, new, descriptor):
-    """Have the network made with these contents by the program that makes all of them, which holds
-    on to the descriptor. Returns its display name."""
+def _create(contents: Path, new: Path, descriptor: int) -> str:
+    """Have the network created with these contents by NEW, the program that creates networks. It
+    inherits the descriptor, and with it the lock. Returns the display name."""
     name = registry.names.display_name(contents)
     done = subprocess.run([new, "--contents", contents, "--", name], stdin=subprocess.DEVNULL,
                           capture_output=True, pass_fds=[descriptor], check=False)
@@ -257,7 +257,7 @@ def _create(contents, new, descriptor):
     return name
 
 
-def restore(source, new):
+def restore(source: Path, new: Path) -> tuple[str, list[str]]:
     """Create the network of a copy by NEW, the program that creates networks: it is whole before it
     is listed. Returns its display name, and the files of the copy that were left out. Raises
     Refused and OSError."""

@@ -2,12 +2,15 @@
 
 import fcntl
 import os
+from collections.abc import Iterator
 from contextlib import contextmanager
 from datetime import datetime, timezone
+from pathlib import Path
 
+from django.core.files.uploadedfile import UploadedFile
 from django.utils.timezone import localtime
 
-from . import limits, resources
+from . import file_names, limits, resources
 from .unfinished import HandIn
 
 FOLDER = resources.Folder(limits.HANDED_IN_DIR, 0o600)
@@ -15,14 +18,14 @@ FOLDER = resources.Folder(limits.HANDED_IN_DIR, 0o600)
 # There while visitors may hand in; every process of the server sees it.
 _OPEN = limits.HANDED_IN_DIR / ".ouverte"
 
-# From which address each file came: lines "ADDRESS NAME"
+# The address that each file came from: lines "ADDRESS NAME"
 _ADDRESSES = limits.HANDED_IN_DIR / ".adresses"
 
 # Stands between who sent a file and the file's name.
 _SEPARATOR = " — "
 SENDER_LENGTH = 40
 
-# What the page of all files as one calls them, so that no single file can be called that
+# The archive of all files, whose name no single file gets
 ARCHIVE = "tout.zip"
 
 
@@ -35,8 +38,8 @@ def is_open():
     return _OPEN.exists()
 
 
-def set_open(wanted):
-    """Open or close the handing in. Raises OSError if that cannot be written down."""
+def set_open(wanted: bool) -> None:
+    """Open handing in to visitors, or close it. Raises OSError if that cannot be saved."""
     if wanted:
         limits.HANDED_IN_DIR.mkdir(mode=0o700, exist_ok=True)
         _OPEN.touch()
@@ -44,7 +47,7 @@ def set_open(wanted):
         _OPEN.unlink(missing_ok=True)
 
 
-def parts(name):
+def parts(name: str) -> tuple[str, str]:
     """Who sent a file of that name, empty if that is not known, and the name that it had."""
     sender, _, file = name.rpartition(_SEPARATOR)
     return sender, file
@@ -60,13 +63,13 @@ def _locked():
         os.close(descriptor)
 
 
-def _sizes():
+def _sizes() -> dict[str, int]:
     """The sizes of the files, by their names."""
     found = ((name, FOLDER.status(name)) for name in FOLDER.names())
     return {name: status.st_size for name, status in found if status}
 
 
-def _addresses(sizes):
+def _addresses(sizes: dict[str, int]) -> dict[str, str]:
     """The addresses that the files came from, by their names, as far as they are known."""
     try:  # names may hold what splitlines() takes for the end of a line
         lines = _ADDRESSES.read_text("utf-8").split("\n")
@@ -76,7 +79,7 @@ def _addresses(sizes):
     return {name: address for address, _, name in pairs if name in sizes}
 
 
-def kept_bytes(address):
+def kept_bytes(address: str) -> tuple[int, int]:
     """The size of all files, and of those that came from the address."""
     sizes = _sizes()
     came_from = _addresses(sizes)
@@ -100,20 +103,20 @@ def _check_room(size, address, sizes, came_from):
                       " responsable")
 
 
-def receive(file, sender, address):
-    """Keep an uploaded file under a name of its own, with the name of who sent it, if any, from an
-    address.
+def receive(file: UploadedFile, sender: str, address: str) -> str:
+    """Keep a file that a visitor uploaded from an address, under a free name that begins with the
+    sender's, if that was given.
 
-    Returns the name that it bears in the list; the file is then whole on the disk. Raises Refused
-    and OSError.
+    Returns the name that the list shows; the file is then whole on the disk. Raises Refused and
+    OSError.
     """
-    name = resources.clean_name(file.name).replace(_SEPARATOR, " - ")
+    name = file_names.clean(file.name).replace(_SEPARATOR, " - ")
     if not name:
         raise Refused("son nom ne convient pas")
     if file.size > limits.HANDED_IN_FILE_BYTES:
         raise Refused("il est trop gros")
-    sender = resources.clean_name(sender).replace(_SEPARATOR, " - ")[:SENDER_LENGTH].strip()
-    resources.write_through(file)  # which takes its time, and others do not wait for it
+    sender = file_names.clean(sender).replace(_SEPARATOR, " - ")[:SENDER_LENGTH].strip()
+    resources.write_through(file)  # before the lock, for it is slow
     with _locked():
         sizes = _sizes()
         came_from = _addresses(sizes)
@@ -127,13 +130,13 @@ def receive(file, sender, address):
                 return parts(candidate)[1]
 
 
-def files():
-    """The name and the os.stat_result of each file, the latest first."""
+def files() -> list[tuple[str, os.stat_result]]:
+    """The name and the status of each file, the latest first."""
     found = [(name, status) for name in FOLDER.names() if (status := FOLDER.status(name))]
     return sorted(found, key=lambda file: file[1].st_ctime_ns, reverse=True)
 
 
-def in_archive():
+def in_archive() -> Iterator[tuple[Path, str]]:
     """Yields where each file is on the disk, and a name for it that says when it came."""
     for name, status in files():
         sender, file = parts(name)
@@ -142,8 +145,8 @@ def in_archive():
             [sender or "Sans nom", f"{localtime(came):%Y-%m-%d %Hh%M}", file])
 
 
-def remove_until(moment):
-    """Remove the files that came until then, a st_ctime_ns. Returns how many. Raises OSError."""
+def remove_until(moment: int) -> int:
+    """Remove the files whose st_ctime_ns is not later. Returns how many. Raises OSError."""
     came = [name for name, status in files() if status.st_ctime_ns <= moment]
     for name in came:
         FOLDER.remove(name)

@@ -2,27 +2,25 @@
 
 import errno
 import os
-import re
 import secrets
 import stat
 import time
 import unicodedata
+from collections.abc import Iterator
 from contextlib import contextmanager, suppress
 from itertools import count
-from typing import NamedTuple
+from pathlib import Path
+from typing import BinaryIO, NamedTuple
 
 from django.conf import settings
+from django.core.files.uploadedfile import UploadedFile
 
 from . import limits
+from .file_names import is_fit
 
-# Control characters and surrogates, which stand for bytes that are not UTF-8; and what changes the
-# direction of writing, which would make a program look like a picture.
-_UNFIT_CHARACTERS = re.compile(
-    r"[\x00-\x1f\x7f-\x9f\u202a-\u202e\u2066-\u2069\ud800-\udfff/]")
-
-# For how many seconds a folder's listing is kept: a file that is written anew in its place does not
-# change the folder
-_KEPT_SECONDS = 10
+# For how many seconds a folder's listing is cached: a file that is written anew in its place does
+# not change the folder
+_CACHE_SECONDS = 10
 
 # What a file system without hard links answers
 _NO_LINKS = (errno.EPERM, errno.EOPNOTSUPP, errno.ENOSYS, errno.EMLINK)
@@ -42,17 +40,7 @@ _LIGATURES = str.maketrans({"œ": "oe", "Œ": "oe", "æ": "ae", "Æ": "ae", "’
 _FOLDER = os.O_RDONLY | os.O_DIRECTORY | os.O_CLOEXEC
 
 
-def is_fit(name):
-    """Whether what bears that name may be shown: it is visible and stays in its folder."""
-    return bool(name) and name[0] != "." and not _UNFIT_CHARACTERS.search(name)
-
-
-def clean_name(name):
-    """The name under which a sent file is kept; empty if nothing fit is left of it."""
-    return _UNFIT_CHARACTERS.sub("", unicodedata.normalize("NFC", name)).strip().lstrip(". ")
-
-
-def numbered(name):
+def numbered(name: str) -> Iterator[str]:
     """Yields the name, then the same with a number before its extension, without end."""
     yield name
     stem, extension = os.path.splitext(name)
@@ -60,12 +48,12 @@ def numbered(name):
         yield f"{stem} ({number}){extension}"
 
 
-def cause(error):
+def cause(error: OSError) -> str:
     """What an OSError means, in French: Python knows it only in the language of the system."""
     return _CAUSES.get(error.errno, f"erreur {error.errno} du système")
 
 
-def plain(name):
+def plain(name: str) -> str:
     """The name as it is searched and ordered: without accents, in lower case."""
     if name.isascii():
         return name.lower()
@@ -73,8 +61,8 @@ def plain(name):
     return "".join(char for char in apart if not unicodedata.combining(char)).casefold()
 
 
-def is_being_copied(status):
-    """Whether a file of that os.stat_result changed a moment ago."""
+def is_being_copied(status: os.stat_result) -> bool:
+    """Whether that file changed a moment ago."""
     return -1 < time.time() - status.st_mtime < limits.COPYING_SECONDS
 
 
@@ -85,7 +73,7 @@ class Entry(NamedTuple):
     name: str
     key: str  # its plain name
     is_folder: bool
-    changed: float
+    changed: float  # st_mtime
 
     @property
     def folder(self):
@@ -96,12 +84,12 @@ class Entry(NamedTuple):
 class Listing(NamedTuple):
     """What is in a folder: its folders first, each kind in alphabetical order."""
 
-    entries: list
+    entries: list[Entry]
     left_out: int  # how many links, special files and unfit names there are
 
 
-def _read(descriptor, path):
-    """The Listing of the open folder at the path."""
+def _read(descriptor: int, path: str) -> Listing:
+    """What is in the open folder at the path."""
     found, left_out = [], 0
     prefix = f"{path}/" if path else ""
     with os.scandir(descriptor) as entries:
@@ -120,13 +108,13 @@ def _read(descriptor, path):
     return Listing(found, left_out)
 
 
-def write_through(sent):
+def write_through(sent: UploadedFile) -> None:
     """Have all bytes of an uploaded file on the disk. Raises OSError."""
     sent.flush()
     os.fsync(sent.fileno())
 
 
-def _linked(sent, folder, name):
+def _linked(sent: UploadedFile, folder: int, name: str) -> int | None:
     """Give a nameless uploaded file a name in the open folder. Returns a descriptor of it, or None
     if it has to be copied."""
     sent.flush()
@@ -137,7 +125,7 @@ def _linked(sent, folder, name):
     return os.dup(sent.fileno())
 
 
-def _copied(sent, folder, name):
+def _copied(sent: UploadedFile, folder: int, name: str) -> int:
     """Copy an uploaded file into the open folder. Returns a descriptor of the copy."""
     descriptor = os.open(name, os.O_WRONLY | os.O_CREAT | os.O_EXCL | os.O_CLOEXEC, 0o600,
                          dir_fd=folder)
@@ -154,12 +142,12 @@ class Folder:
     one could lead out of the folder.
     """
 
-    def __init__(self, path, rights):
+    def __init__(self, path: Path, rights: int):
         self._path = path
         self._rights = rights
-        # Of each folder, when it last changed, what was in it, and until when that is kept: large
+        # Of each folder, when it last changed, what was in it, and until when that is cached: large
         # ones take long to read.
-        self._kept = {}
+        self._cache: dict[str, tuple[int, Listing, float]] = {}
 
     @contextmanager
     def _opened(self, path):
@@ -185,14 +173,14 @@ class Folder:
         with self._opened(folder) as descriptor:
             yield descriptor, name
 
-    def listing(self, path=""):
-        """The Listing of the folder at the path. Raises OSError if there is none to be shown."""
+    def listing(self, path: str = "") -> Listing:
+        """What is in the folder at the path. Raises OSError if there is none to be shown."""
         try:
             with self._opened(path) as descriptor:
                 changed = os.fstat(descriptor).st_mtime_ns
-                kept_changed, kept, end = self._kept.get(path, (None, None, 0))
-                if kept_changed == changed and time.monotonic() < end:
-                    return kept
+                cached = self._cache.get(path)
+                if cached and cached[0] == changed and time.monotonic() < cached[2]:
+                    return cached[1]
                 found = _read(descriptor, path)
         except FileNotFoundError:
             if path:
@@ -200,11 +188,11 @@ class Folder:
             return Listing([], 0)
         # A folder that has just changed may change again within the same tick of its clock.
         if time.time_ns() - changed > 3_000_000_000:
-            self._kept[path] = (changed, found, time.monotonic() + _KEPT_SECONDS)
+            self._cache[path] = (changed, found, time.monotonic() + _CACHE_SECONDS)
         return found
 
-    def walk(self, path=""):
-        """Yields every Entry in the folder at the path and in those below it."""
+    def walk(self, path: str = "") -> Iterator[Entry]:
+        """Yields all that is in the folder at the path and in those below it."""
         pending = [path]
         while pending:
             try:
@@ -214,19 +202,19 @@ class Folder:
             yield from entries
             pending += [entry.path for entry in entries if entry.is_folder]
 
-    def names(self):
+    def names(self) -> list[str]:
         """The names of the files right in the folder, in alphabetical order."""
         return [entry.name for entry in self.listing().entries if not entry.is_folder]
 
-    def status(self, path):
-        """What os.lstat tells of the file; None if it has gone, or could not be there."""
+    def status(self, path: str) -> os.stat_result | None:
+        """The status of the file or link itself; None if it has gone, or could not be there."""
         try:
             with self._holding(path) as (folder, name):
                 return os.stat(name, dir_fd=folder, follow_symlinks=False)
         except OSError:
             return None
 
-    def open(self, path):
+    def open(self, path: str) -> BinaryIO:
         """The file, open for reading. Raises OSError if there is none of that name to be given."""
         with self._holding(path) as (folder, name):
             # Without O_NONBLOCK, a FIFO would hold whoever opens it.
@@ -258,7 +246,7 @@ class Folder:
                 os.unlink(part, dir_fd=folder)
         os.fsync(folder)
 
-    def keep(self, name, sent):
+    def keep(self, name: str, sent: UploadedFile) -> None:
         """Keep an uploaded file whole or not at all, also when the power fails. Raises
         FileExistsError if the name is taken."""
         with self._opened("") as folder, self._written(folder, sent) as part:
@@ -271,13 +259,13 @@ class Folder:
                 os.close(os.open(name, flags, self._rights, dir_fd=folder))
                 os.rename(part, name, src_dir_fd=folder, dst_dir_fd=folder)
 
-    def replace(self, path, sent):
+    def replace(self, path: str, sent: UploadedFile) -> None:
         """Write a file that takes the place of the one at the path, whole or not at all."""
         with self._holding(path) as (folder, name), self._written(folder, sent) as part:
             self._check(folder, name)
             os.rename(part, name, src_dir_fd=folder, dst_dir_fd=folder)
 
-    def remove(self, path):
+    def remove(self, path: str) -> None:
         """Remove the file for good. Raises OSError if there is none of that name."""
         with self._holding(path) as (folder, name):
             self._check(folder, name)
@@ -288,12 +276,12 @@ class Folder:
         if not stat.S_ISREG(os.stat(name, dir_fd=folder, follow_symlinks=False).st_mode):
             raise FileNotFoundError(errno.ENOENT, name)
 
-    def has_file(self, path):
+    def has_file(self, path: str) -> bool:
         """Whether there is a file of that name to be given."""
         status = self.status(path)
         return bool(status) and stat.S_ISREG(status.st_mode)
 
-    def location(self, path):
+    def location(self, path: str) -> Path:
         """Where the file at the path is on the disk."""
         return self._path / path
 
