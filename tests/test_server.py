@@ -261,7 +261,7 @@ class ServerTest(ServedNetworkTest):
             preexec_fn=lambda: signal.signal(signal.SIGTERM, signal.SIG_IGN))
         self.addCleanup(deaf.kill)
         ended = processes._ended
-        with mock.patch.object(processes, "_ended", lambda process, _seconds: ended(process, 0.1)):
+        with mock.patch.object(processes, "_ended", lambda pid, _seconds: ended(pid, 0.1)):
             processes.end(self.project)
         self.assertEqual(deaf.wait(60), -signal.SIGKILL)
         self.start_server()

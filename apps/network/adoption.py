@@ -7,16 +7,17 @@ one of the two places where it stands.
 
 import os
 import re
+from collections.abc import Iterator
 from pathlib import Path
 
 import registry
 
-# A network's directory reaches the shell of its terminal as it stands. src/operator/
-# network_creation.cpp has the same rule.
+# A network's directory reaches the shell of its terminal as it stands. The programs in C++ have the
+# same rule, in network_creation.cpp.
 _PLAIN_PATH = re.compile(r"[\w/.,:@%+=-]+")
 
 
-def _standing():
+def _networks_here() -> list[Path]:
     """The networks in the working directory, whether they are listed or not."""
     work = Path.cwd()
     return [work / entry.name for entry in sorted(os.scandir(), key=lambda entry: entry.name)
@@ -24,8 +25,9 @@ def _standing():
             and entry.is_dir(follow_symlinks=False) and registry.is_network(work / entry.name)]
 
 
-def _adopt_moved(lines, unlisted):
-    """Correct the paths that are gone where a network of that directory's name stands here."""
+def _adopt_moved(lines: list[bytes], unlisted: list[Path]) -> Iterator[str]:
+    """Correct the paths that are gone where a network of that directory's name stands here. Yields
+    what to say."""
     for network in registry.networks(lines):
         here = Path.cwd() / network.directory.name
         if here in unlisted and not registry.is_network(network.directory):
@@ -35,8 +37,8 @@ def _adopt_moved(lines, unlisted):
             yield f"Réseau « {found.name} » : retrouvé ici, la liste des réseaux est corrigée."
 
 
-def _adopt_unlisted(lines, unlisted):
-    """List the networks that are not, unless their names are taken."""
+def _adopt_unlisted(lines: list[bytes], unlisted: list[Path]) -> Iterator[str]:
+    """List the networks that are not, unless their names are taken. Yields what to say."""
     for here in unlisted:
         name = registry.names.display_name(here)
         recorded = registry.recorded_name(name, here)
@@ -45,7 +47,7 @@ def _adopt_unlisted(lines, unlisted):
             yield f"Réseau « {name} » : trouvé ici, il est ajouté à la liste des réseaux."
 
 
-def _follow_names(lines):
+def _follow_names(lines: list[bytes]) -> None:
     """Have each line's name follow the network's nom.txt, unless another line has it."""
     for network in registry.networks(lines):
         wanted = registry.recorded_name(network.name, network.directory)
@@ -55,10 +57,10 @@ def _follow_names(lines):
             lines[network.number] = registry.line(wanted, network.directory)
 
 
-def _correct(lines):
+def _correct(lines: list[bytes]) -> list[str]:
     """Correct the lines. Returns what to say."""
     listed = {os.path.realpath(network.directory) for network in registry.networks(lines)}
-    unlisted = [here for here in _standing() if str(here) not in listed]
+    unlisted = [here for here in _networks_here() if str(here) not in listed]
     if unlisted and not _PLAIN_PATH.fullmatch(str(Path.cwd())):
         return [f"Les réseaux de {Path.cwd()} ne peuvent pas être repris : ce chemin contient un "
                 "espace ou un caractère que le terminal ne prendrait pas tel quel."]
@@ -67,9 +69,9 @@ def _correct(lines):
     return said
 
 
-def adopt():
-    """Correct the registry. Returns what to say, in French: each thing once, but for networks that
-    cannot be listed, which are named each time.
+def adopt() -> list[str]:
+    """Correct the registry. Returns what to say, in French: what was corrected, and that networks
+    cannot be listed, as long as they cannot.
 
     Raises OSError, with the registry as it was, if it cannot be read or written."""
     before = registry.read()

@@ -11,9 +11,10 @@ import os
 import shutil
 import stat
 import sys
-from collections import namedtuple
+from collections.abc import Iterable
 from contextlib import contextmanager
 from pathlib import Path
+from typing import NamedTuple
 
 _PREFIX = Path(__file__).resolve().parent.parent.parent
 # Beside the installed programs, or in the source tree.
@@ -46,16 +47,21 @@ _CAUSES = {
     errno.EROFS: "rien ne peut être écrit sur ce disque",
 }
 
-# NUMBER is the index of the network's line, NAME its display name, RECORDED the registry's bytes
-# for it; DIRECTORY is the path as it is recorded.
-Network = namedtuple("Network", "number name recorded directory")
+
+class Network(NamedTuple):
+    """A network of the registry."""
+
+    number: int  # the index of its line
+    name: str  # its display name
+    recorded: bytes  # the registry's bytes for it
+    directory: Path  # as it is recorded
 
 
 class NotAFile(OSError):
     """Something else stands where the registry should be. Says so in French."""
 
 
-def cause(error):
+def cause(error: OSError) -> str:
     """What an OSError means, in French."""
     if isinstance(error, NotAFile):
         return str(error)
@@ -73,8 +79,8 @@ def locked():
         os.close(descriptor)
 
 
-def read():
-    """The lines of the registry, in bytes, without their line feeds; none if there is no file."""
+def read() -> list[bytes]:
+    """The lines of the registry, without their line feeds; none if there is no file."""
     try:
         with open(_REGISTRY, "rb", opener=names.open_without_waiting) as file:
             if not stat.S_ISREG(os.fstat(file.fileno()).st_mode):
@@ -85,17 +91,17 @@ def read():
     return content.removesuffix(b"\n").split(b"\n") if content else []
 
 
-def write(lines):
+def write(lines: Iterable[bytes]) -> None:
     """Replace the registry's lines, whole or not at all. The caller holds the lock."""
     replace_file(Path(os.path.realpath(_REGISTRY)), b"".join(line + b"\n" for line in lines))
 
 
-def line(recorded, directory):
+def line(recorded: bytes, directory: Path) -> bytes:
     """The line of a network."""
     return recorded + b"|" + os.fsencode(directory) + b"|"
 
 
-def networks(lines):
+def networks(lines: Iterable[bytes]) -> list[Network]:
     """The networks of the registry's lines."""
     found = []
     for number, fields in enumerate(text.split(b"|") for text in lines):
@@ -108,13 +114,13 @@ def networks(lines):
     return found
 
 
-def recorded_name(name, directory):
+def recorded_name(name: str, directory: Path) -> bytes:
     """The bytes that stand for a display name in the registry; the directory's name if nothing is
     left of it."""
     return names.registry_name(name) or os.fsencode(directory.name)
 
 
-def read_record(directory):
+def read_record(directory: Path) -> dict[str, str] | None:
     """The checksum of each of the template's files as it came, by the file's name; None if there is
     no record."""
     try:
@@ -126,7 +132,7 @@ def read_record(directory):
     return {line[1]: line[0] for line in lines if len(line) == 2} or None
 
 
-def is_network(directory):
+def is_network(directory: Path) -> bool:
     """Whether the directory holds a network of this user."""
     project = Path(os.path.realpath(directory))
     package = project / project.name
@@ -135,14 +141,14 @@ def is_network(directory):
             and os.path.isdir(package / "hubs") and project.stat().st_uid == os.geteuid())
 
 
-def is_served(directory):
+def is_served(directory: Path) -> bool:
     """Whether this user serves the network of that directory."""
     project = Path(os.path.realpath(directory))
     return any(served == project for _process, served in processes.networks())
 
 
-def sync(directory):
-    """Have the disk keep what was renamed in the directory."""
+def sync(directory: Path) -> None:
+    """Have the names in the directory on the disk."""
     descriptor = os.open(directory, os.O_RDONLY)
     try:
         os.fsync(descriptor)
@@ -150,7 +156,7 @@ def sync(directory):
         os.close(descriptor)
 
 
-def replace_file(path, content):
+def replace_file(path: Path, content: bytes) -> None:
     """Give a file new contents, whole or not at all. Two calls for one file must take turns."""
     part = path.with_name(f".{path.name}.partiel")
     try:

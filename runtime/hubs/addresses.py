@@ -2,6 +2,7 @@
 
 import ipaddress
 
+from django.http import HttpRequest
 from django.utils.safestring import mark_safe
 
 try:
@@ -10,7 +11,7 @@ except ImportError:  # the address is then shown without its picture
     segno = None
 
 
-def is_local(address):
+def is_local(address: str) -> bool:
     """Whether an address, with or without a port, can be reached from this machine alone."""
     host = address.rsplit(":", 1)[0] if address.rpartition(":")[2].isdecimal() else address
     if host == "localhost" or host.endswith(".localhost"):
@@ -21,7 +22,7 @@ def is_local(address):
         return False
 
 
-def visitors_address(request):
+def visitors_address(request: HttpRequest) -> str:
     """The address in digits, with its port, at which visitors reach this server: where this request
     did, unless that leads to this machine alone and visitors have another. Behind a web server that
     does not tell, what the browser asked for."""
@@ -36,7 +37,7 @@ def visitors_address(request):
     return f"{host}:{request.META['SERVER_PORT']}"
 
 
-def qr_code(text):
+def qr_code(text: str) -> str:
     """The text as a QR code, an SVG element; empty without the package that draws it, or if the
     text is too long for an address."""
     if not segno or len(text) > 300:

@@ -2,6 +2,8 @@
 
 import os
 import re
+from collections.abc import Iterable, Iterator
+from pathlib import Path
 from urllib.parse import quote
 
 from django.http import StreamingHttpResponse
@@ -17,12 +19,12 @@ except ImportError:  # there are no archives then, and no links to them
 _UNFIT_ELSEWHERE = re.compile(r'[\\:*?"<>|]')
 
 
-def are_possible():
+def are_possible() -> bool:
     """Whether the package that makes archives is installed."""
     return ZipStream is not None
 
 
-def _distinct(name, taken):
+def _distinct(name: str, taken: set[str]) -> str:
     """The name, fit for all systems and unlike those taken, whatever the case."""
     for candidate in numbered(_UNFIT_ELSEWHERE.sub("_", name)):
         if candidate.casefold() not in taken:
@@ -30,7 +32,7 @@ def _distinct(name, taken):
             return candidate
 
 
-def _exactly(size, pieces):
+def _exactly(size: int, pieces: Iterable[bytes]) -> Iterator[bytes]:
     """The pieces, which have SIZE bytes in all; breaks the answer off when it would have others,
     for a file has changed."""
     sent = 0
@@ -44,7 +46,7 @@ def _exactly(size, pieces):
         raise ConnectionAbortedError("a file has changed while it was sent") from error
 
 
-def answer(name, files):
+def answer(name: str, files: Iterable[tuple[Path, str]]) -> StreamingHttpResponse:
     """The answer that sends the files as an archive of that name.
 
     FILES yields the path of each on the disk and its name in the archive. One that cannot be read

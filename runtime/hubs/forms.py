@@ -37,7 +37,7 @@ class LoginForm(AdminAuthenticationForm):
         if not account or not self.cleaned_data.get("password"):
             return super().clean()  # nothing is checked
         address = self.request.META["REMOTE_ADDR"]
-        # Counted before the password is looked at: tries may come at the same time.
+        # Counted before the password is checked: tries may come at the same time.
         if _tries.add((address, account)) > limits.LOGIN_TRIES:
             raise ValidationError(self.error_messages["too_often"], code="too_often")
         with _checking:

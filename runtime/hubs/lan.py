@@ -52,12 +52,12 @@ class LanAddresses:
     default route (a bridge of virtual machines or a container's has neither, and no tunnel counts),
     and the one that has, or had, the given address."""
 
-    def __init__(self, given):
+    def __init__(self, given: str):
         self._given = ipaddress.ip_address(given)
         self._interfaces = set()  # that have had it
 
-    def now(self):
-        """The addresses as texts, each with its network."""
+    def now(self) -> dict[str, ipaddress.IPv4Network]:
+        """The addresses that there are now, each with its network."""
         if not ifaddr:
             alone = self._given.is_loopback or self._given.is_unspecified
             return {} if alone else {str(self._given): ipaddress.ip_network(self._given)}

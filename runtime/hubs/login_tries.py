@@ -2,20 +2,20 @@
 
 import threading
 import time
+from collections.abc import Hashable
 
 from . import limits
 
 
 class LoginTries:
-    """Counts tries by key, for LOGIN_PAUSE seconds from the first. No number of other keys pushes a
-    count out. Each process of a server counts for itself. May be used by several threads at once.
-    """
+    """Counts tries by key, for LOGIN_PAUSE seconds from the first, however many keys there are.
+    Each process of a server counts for itself. Thread-safe."""
 
     def __init__(self):
         self._counts = {}  # key: number of tries, and when they are forgotten; the oldest first
         self._lock = threading.Lock()
 
-    def add(self, key):
+    def add(self, key: Hashable) -> int:
         """Count another try. Returns their number."""
         now = time.monotonic()
         with self._lock:
@@ -27,7 +27,7 @@ class LoginTries:
             self._counts[key] = number + 1, end
         return number + 1
 
-    def forget(self, key):
+    def forget(self, key: Hashable) -> None:
         """Reset the count of the key."""
         with self._lock:
             self._counts.pop(key, None)

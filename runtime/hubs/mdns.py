@@ -17,19 +17,19 @@ _MAX_RECORDS = 2000
 _held = []  # the announcements that hold names
 
 
-def host_name(display_name):
+def host_name(display_name: str) -> str:
     """The first label of the network's own name: letters that every client can type."""
     plain = re.sub("[^a-z0-9]+", "-", unidecode(display_name).lower())
     return plain.strip("-")[:60].strip("-") or "reseau"
 
 
-def service_name(display_name):
+def service_name(display_name: str) -> str:
     """The display name as one label: without dots, of no more bytes than a label may have."""
     label = display_name.replace(".", " ").encode()[:60].decode(errors="ignore").strip()
     return label or "Quorvale"
 
 
-def held_names():
+def held_names() -> list[str]:
     """The names, with their port, at which this network is reached on the LAN."""
     return list(dict.fromkeys(name for announcement in _held for name in announcement.names))
 
@@ -42,10 +42,10 @@ def _forget_others(cache):
 
 
 class Announcement:
-    """Answers for quorvale.local and a name of the network's own, and tells of its web service, on
-    the interface of one address. Says to the operator what visitors can type.
+    """Answers for quorvale.local and a name of the network's own, and announces its web service, on
+    the interface of one address. Tells the operator what visitors can type.
 
-    OWN_ADDRESSES are all those of this machine: what answers there is no other machine's.
+    OWN_ADDRESSES are all those of this machine: a name that is answered for there is free.
     """
 
     def __init__(self, address, port, display_name, say, own_addresses=()):

@@ -36,7 +36,7 @@ _LOOKALIKES = str.maketrans(
     {"œ": "oe", "Œ": "OE", "’": "'", "‘": "'", "“": '"', "”": '"', "–": "-", "—": "-", "€": "EUR"})
 
 
-def clean(text):
+def clean(text: str) -> str:
     """The text on one line, without control characters, no longer than a name may be."""
     return " ".join(_UNFIT.sub(" ", text).split())[:LONGEST].rstrip()
 
@@ -46,9 +46,9 @@ def open_without_waiting(path, flags):
     return os.open(path, flags | os.O_NONBLOCK)
 
 
-def from_file(path):
-    """The name in a file: its first line that is not blank; empty if there is none. The programs
-    that are not in Python read the file by the same rule."""
+def from_file(path: Path) -> str:
+    """The name in a file: its first line that is not blank; empty if there is none. The programs in
+    C++ have the same rule, in registered_networks.cpp."""
     try:
         with open(path, "rb", opener=open_without_waiting) as file:
             content = file.read(10 * LONGEST) or b""
@@ -62,7 +62,7 @@ def from_file(path):
     return next(filter(None, map(clean, re.split("[\n\r]", text))), "")
 
 
-def display_name(project=PROJECT):
+def display_name(project: Path = PROJECT) -> str:
     """The network's name, never empty."""
     return from_file(project / "nom.txt") or clean(project.name) or "Quorvale"
 
@@ -72,7 +72,7 @@ def _nearest(char):
     return (plain or unidecode(char)).translate(_SHELL_CHARACTERS)
 
 
-def latin_1(text):
+def latin_1(text: str) -> bytes:
     """The text in ISO-8859-1. Letters that it lacks are replaced by similar ones, or left out; no
     character that is special to the shell is added."""
     fit = _UNFIT.sub(" ", unicodedata.normalize("NFC", text)).translate(_LOOKALIKES)
@@ -80,12 +80,12 @@ def latin_1(text):
     return " ".join("".join(letters).split()).encode("latin-1", "ignore")
 
 
-def latin_1_name(project=PROJECT):
+def latin_1_name(project: Path = PROJECT) -> bytes:
     """The network's name in ISO-8859-1. If nothing of it is left, the directory's."""
     return latin_1(display_name(project)) or latin_1(clean(project.name)) or b"Quorvale"
 
 
-def registry_name(text):
+def registry_name(text: str) -> bytes:
     """The bytes that stand for a display name in the registry: ISO-8859-1 without the bar, which
     ends the name there, and with "&" doubled, for a button hides a single one. Maybe empty."""
     return b" ".join(latin_1(text).replace(b"|", b" ").split()).replace(b"&", b"&&")

@@ -9,7 +9,6 @@ As a program, "processes.py ADDRESS PORT" says in French who listens there; noth
 be seen.
 """
 
-import collections
 import os
 import pwd
 import signal
@@ -17,38 +16,44 @@ import socket
 import struct
 import sys
 import time
+from collections.abc import Iterator, Sequence
 from pathlib import Path
+from typing import NamedTuple
 
 _PROCESSES = Path("/proc")
 _LISTENS = "0A"
 _REMOVED = " (deleted)"  # the kernel's word for it
 
-# Who listens at an address: the name of the user, the start of the command line if it can be read,
-# and the directory if it is a network of this operator.
-Holder = collections.namedtuple("Holder", "user program network")
+
+class Holder(NamedTuple):
+    """Who listens at an address."""
+
+    user: str
+    program: str  # the start of the command line; empty if it cannot be read
+    network: Path | None  # its directory, if it is one of this operator's
 
 
-def _numbers():
+def _pids() -> list[int]:
     return [int(entry.name) for entry in _PROCESSES.iterdir() if entry.name.isdecimal()]
 
 
-def _arguments(process):
+def _arguments(pid: int | None) -> list[bytes]:
     try:
-        return (_PROCESSES / str(process) / "cmdline").read_bytes().split(b"\0")[:-1]
+        return (_PROCESSES / str(pid) / "cmdline").read_bytes().split(b"\0")[:-1]
     except OSError:
         return []
 
 
-def _owner(process):
+def _owner(pid: int | None) -> int | None:
     try:
-        return (_PROCESSES / str(process)).stat().st_uid
+        return (_PROCESSES / str(pid)).stat().st_uid
     except OSError:
         return None
 
 
-def is_server_command(words):
-    """Whether a command line, given as its words in bytes, starts a network's server. The programs
-    that are not in Python decide it by the same rule."""
+def is_server_command(words: Sequence[bytes]) -> bool:
+    """Whether a command line, given as its words, starts a network's server. The programs in C++
+    have the same rule, in server_processes.cpp."""
     names = [os.path.basename(word) for word in words]
     if not names or not names[0].startswith(b"python") or b"manage.py" not in names:
         return False
@@ -56,39 +61,39 @@ def is_server_command(words):
     return words[script + 1:script + 2] == [b"runserver"]
 
 
-def _serves(process):
-    return is_server_command(_arguments(process))
+def _serves(pid: int | None) -> bool:
+    return is_server_command(_arguments(pid))
 
 
-def network(process):
-    """The directory of the network that the process serves for this operator, or None."""
-    if _owner(process) != os.getuid() or not _serves(process):
+def network(pid: int | None) -> Path | None:
+    """The directory of the network that the process serves for this operator."""
+    if _owner(pid) != os.getuid() or not _serves(pid):
         return None
     try:
-        directory = os.readlink(_PROCESSES / str(process) / "cwd")
+        cwd = os.readlink(_PROCESSES / str(pid) / "cwd")
     except OSError:
         return None
-    if directory.endswith(_REMOVED) and not os.path.exists(directory):
-        return Path(directory.removesuffix(_REMOVED))
-    directory = Path(directory)
+    if cwd.endswith(_REMOVED) and not os.path.exists(cwd):
+        return Path(cwd.removesuffix(_REMOVED))
+    directory = Path(cwd)
     fit = os.path.isfile(directory / "manage.py") and any(directory.glob("*/hubs/__init__.py"))
     return directory if fit else None
 
 
-def networks():
-    """All processes that serve a network for this operator: (process, directory)."""
-    found = ((process, network(process)) for process in _numbers() if process != os.getpid())
-    return [(process, directory) for process, directory in found if directory]
+def networks() -> list[tuple[int, Path]]:
+    """The pids of all processes that serve a network for this operator, with its directory."""
+    found = ((pid, network(pid)) for pid in _pids() if pid != os.getpid())
+    return [(pid, directory) for pid, directory in found if directory]
 
 
-def _occupies(listener, wanted):
+def _occupies(listener: str, wanted: str) -> bool:
     """Whether a listener's address, in the kernel's hexadecimal, occupies the wanted IPv4 one."""
-    wanted, = struct.unpack("=I", socket.inet_aton(wanted))
-    return wanted == 0 or not listener.strip("0") or listener[-8:] == f"{wanted:08X}"
+    number, = struct.unpack("=I", socket.inet_aton(wanted))
+    return number == 0 or not listener.strip("0") or listener[-8:] == f"{number:08X}"
 
 
-def _listeners(address, port):
-    """The sockets that listen where the address is wanted: (inode, user number)."""
+def _listeners(address: str, port: int) -> Iterator[tuple[str, int]]:
+    """The inode and the user id of each socket that listens where the address is wanted."""
     for table in ("tcp", "tcp6"):
         try:
             lines = (_PROCESSES / "net" / table).read_text("ascii").splitlines()[1:]
@@ -101,57 +106,56 @@ def _listeners(address, port):
                 yield fields[9], int(fields[7])
 
 
-def _holds(process, inode):
+def _holds(pid: int, inode: str) -> bool:
     try:
         return any(os.readlink(descriptor) == f"socket:[{inode}]"
-                   for descriptor in (_PROCESSES / str(process) / "fd").iterdir())
+                   for descriptor in (_PROCESSES / str(pid) / "fd").iterdir())
     except OSError:
         return False
 
 
-def _user(number):
+def _user(uid: int) -> str:
     try:
-        return pwd.getpwuid(number).pw_name
+        return pwd.getpwuid(uid).pw_name
     except KeyError:
-        return str(number)
+        return str(uid)
 
 
-def holder(address, port):
+def holder(address: str, port: int) -> Holder | None:
     """Who listens where the IPv4 address is wanted; None if nobody can be seen there."""
     for inode, owner in _listeners(address, port):
-        process = next((number for number in _numbers() if _holds(number, inode)), None)
-        if process is None:  # another user's: a server of theirs is the best guess
-            process = next((number for number in _numbers()
-                            if _owner(number) == owner and _serves(number)), None)
-        program = " ".join(map(os.fsdecode, _arguments(process)[:3]))
-        return Holder(_user(owner), program, network(process))
+        pid = next((pid for pid in _pids() if _holds(pid, inode)), None)
+        if pid is None:  # another user's: a server of theirs is the best guess
+            pid = next((pid for pid in _pids() if _owner(pid) == owner and _serves(pid)), None)
+        program = " ".join(map(os.fsdecode, _arguments(pid)[:3]))
+        return Holder(_user(owner), program, network(pid))
     return None
 
 
-def described(found):
+def described(found: Holder) -> str:
     """The holder in French, as it stands after "par"."""
     return f"l'utilisateur « {found.user} » ({found.program or 'programme inconnu'})"
 
 
-def _ended(process, seconds):
-    """Whether the process is gone within that time."""
+def _ended(pid: int, seconds: float) -> bool:
+    """Whether the server is gone within that time."""
     deadline = time.monotonic() + seconds
-    while network(process) and time.monotonic() < deadline:
+    while network(pid) and time.monotonic() < deadline:
         time.sleep(0.05)
-    return not network(process)
+    return not network(pid)
 
 
-def end(directory):
+def end(directory: Path) -> None:
     """End the servers of this operator's network: by SIGTERM, after five seconds by SIGKILL."""
-    servers = [process for process, its_directory in networks() if its_directory == directory]
+    servers = [pid for pid, its_directory in networks() if its_directory == directory]
     for number in (signal.SIGTERM, signal.SIGKILL):
-        for process in servers:
-            if network(process) == directory:
+        for pid in servers:
+            if network(pid) == directory:
                 try:
-                    os.kill(process, number)
+                    os.kill(pid, number)
                 except ProcessLookupError:
                     pass
-        if all([_ended(process, 5) for process in servers]):
+        if all([_ended(pid, 5) for pid in servers]):
             return
 
 

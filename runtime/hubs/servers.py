@@ -14,8 +14,9 @@ FOLLOW_SECONDS = 3
 ALONE = "127.0.1.1"
 
 
-def _follows(address):
-    """Whether a server of that address is one of a local network, and not of one address."""
+def _follows(address: str) -> bool:
+    """Whether a network that is started at that address is served on all local networks of this
+    machine, as they come and go."""
     return address == ALONE or address in LanAddresses(address).now()
 
 

@@ -1,4 +1,4 @@
-"""Which offered files a browser shows rather than saves, by the ends of their names."""
+"""Which offered files a browser shows rather than saves, by their extensions."""
 
 import os
 
@@ -19,6 +19,6 @@ POLICY = ("default-src 'none'; img-src 'self'; media-src 'self'; style-src 'unsa
           "base-uri 'none'; form-action 'none'; frame-ancestors 'none'")
 
 
-def content_type(name):
+def content_type(name: str) -> str | None:
     """The type under which a file of that name is shown; None if it is only saved."""
     return _TYPES.get(os.path.splitext(name)[1].lower())

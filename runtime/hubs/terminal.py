@@ -10,7 +10,7 @@ import sys
 import termios
 
 
-def harmless(text):
+def harmless(text: str) -> str:
     """The text, with every control character but line ends and tabs written out."""
     return re.sub(r"[\x00-\x08\x0b-\x1f\x7f-\x9f]", lambda char: f"\\x{ord(char[0]):02x}", text)
 
@@ -37,7 +37,7 @@ class Output(io.TextIOBase):
     """Writes text to a descriptor. A terminal or pipe that takes no more is not waited for: what
     does not fit is lost. So is everything where nobody is left to read."""
 
-    def __init__(self, descriptor, encoding):
+    def __init__(self, descriptor: int, encoding: str):
         self._encoding = encoding
         self._descriptor = descriptor
         kind = os.fstat(descriptor).st_mode
@@ -59,7 +59,7 @@ class Output(io.TextIOBase):
         return len(text)
 
 
-def _set_stops(descriptor, wanted):
+def _set_stops(descriptor: int, wanted: bool) -> bool:
     """Let Ctrl+S stop the terminal, or not. Returns whether it did before."""
     if not os.isatty(descriptor) or os.tcgetpgrp(descriptor) != os.getpgrp():
         return False  # a program in the background may not

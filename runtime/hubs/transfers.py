@@ -2,9 +2,11 @@
 
 import os
 import re
+import socket
 import time
+from typing import BinaryIO
 
-from django.http import FileResponse, HttpResponse
+from django.http import FileResponse, HttpRequest, HttpResponse
 from django.utils.cache import get_conditional_response
 from django.utils.http import http_date
 
@@ -17,10 +19,10 @@ class Part:
     Has no fileno(): a server that used it could send more than was announced.
     """
 
-    def __init__(self, file, start, length):
+    def __init__(self, file: BinaryIO, start: int, length: int):
         self._file, self._start, self._left = file, start, length
 
-    def read(self, size):
+    def read(self, size: int) -> bytes:
         """Returns the next bytes, at most SIZE. Raises OSError if the file has become shorter."""
         piece = os.pread(self._file.fileno(), min(size, self._left), self._start)
         if not piece and self._left:
@@ -29,7 +31,7 @@ class Part:
         self._left -= len(piece)
         return piece
 
-    def send(self, connection):
+    def send(self, connection: socket.socket) -> int:
         """Send all bytes through a connected socket, by the kernel. Returns how many were sent:
         fewer if the file has become shorter. Raises OSError."""
         if not self._left:
@@ -51,7 +53,7 @@ def _etag(status):
     return f'{weak}"{status.st_ino:x}-{status.st_mtime_ns:x}-{status.st_size:x}"'
 
 
-def _range(request, etag, modified, size):
+def _range(request: HttpRequest, etag: str, modified: str, size: int) -> tuple[int, int] | None:
     """The first byte and the number of bytes of the one range that is asked for; None if there is
     none, or if it was asked for a file that has changed since. The number is 0 if no byte of the
     file is in the range."""

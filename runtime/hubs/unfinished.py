@@ -1,6 +1,7 @@
-"""The room that files take which are being handed in, before they are whole."""
+"""How much room files take while they are being handed in."""
 
 import threading
+from collections.abc import Callable
 
 from . import limits
 
@@ -13,19 +14,19 @@ class NoRoom(Exception):
 
 
 class HandIn:
-    """What one request hands in. Counts its bytes as they come, those of all others too.
+    """What one request hands in. Bounds its bytes as they come, together with those of all others.
 
     KEPT is a function of an address: the bytes that everybody has handed in, and those from the
     address.
     """
 
-    def __init__(self, address, kept):
+    def __init__(self, address: str, kept: Callable[[str], tuple[int, int]]):
         self._address, self._kept = address, kept
         self._bytes = 0
-        self._others_open = None  # when what is kept was last looked at
+        self._others_open = None  # those that were when KEPT was last called
 
     def begin(self):
-        """Wait for a turn of the address. Raises NoRoom. Does nothing when called again."""
+        """Wait until the address may hand in. Raises NoRoom. Does nothing when called again."""
         with _changed:
             if self in _open:
                 return

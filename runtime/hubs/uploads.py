@@ -4,6 +4,7 @@ import os
 import shutil
 import tempfile
 from contextlib import contextmanager, suppress
+from typing import IO
 
 from django.conf import settings
 from django.core.files.uploadedfile import UploadedFile
@@ -13,7 +14,7 @@ from . import limits, resources
 from .unfinished import NoRoom
 
 
-def _nameless_file():
+def _nameless_file() -> IO[bytes]:
     """A file on the project's disk that can be given a name, where the file system can do that."""
     try:
         return os.fdopen(os.open(settings.PACKAGE_DIR, os.O_TMPFILE | os.O_RDWR | os.O_CLOEXEC,
@@ -22,7 +23,7 @@ def _nameless_file():
         return tempfile.TemporaryFile(dir=settings.PACKAGE_DIR)
 
 
-def spare_bytes():
+def spare_bytes() -> int:
     """How many bytes may still be sent before the disk counts as full."""
     return max(0, shutil.disk_usage(settings.PACKAGE_DIR).free - limits.SPARE_BYTES)
 

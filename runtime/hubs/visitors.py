@@ -1,4 +1,4 @@
-"""How many visitors come: what the operator's window shows of a network in service."""
+"""How many visitors come, which the operator's window shows."""
 
 import ipaddress
 import threading
@@ -38,7 +38,7 @@ def note(request):
             del _last_seen[next(iter(_last_seen))]
 
 
-def count():
+def count() -> int:
     """The number of machines that came within the last minutes."""
     start = time.monotonic() - SECONDS
     with _counting:
