@@ -337,6 +337,7 @@ void Desk::follow_launch(const Launch& launched) {
     }
     state = State::starting;
     was_raised = false;
+    was_opened = false;
     deadline.setRemainingTime(start_patience);
     terminal_deadline.setRemainingTime(terminal_patience);
     if (!screen) {
@@ -386,6 +387,7 @@ void Desk::watch_chosen(const std::set<pid_t>& old_shells) {
 
 void Desk::follow(const NetworkState& seen) {
     runs = seen.runs;
+    was_opened = was_opened || seen.opened;
     // Not before the new terminal is there: gnome-terminal ends with its last window, and a
     // terminal that was asked for meanwhile never comes.
     if (seen.runs || seen.ended) {
@@ -406,8 +408,12 @@ void Desk::follow(const NetworkState& seen) {
 }
 
 bool Desk::has_failed(const NetworkState& seen) const {
-    return seen.ended || deadline.hasExpired() ||
-           (was_launched && terminal_deadline.hasExpired() && !seen.opened);
+    if (seen.ended || deadline.hasExpired()) {
+        return true;
+    }
+    // A terminal that was not there yet and says nothing may still come, on a slow machine.
+    return was_launched && !seen.opened && terminal_deadline.hasExpired() &&
+           (was_opened || !terminal_words().isEmpty());
 }
 
 void Desk::show_in_service(const NetworkState& seen) {

@@ -120,10 +120,11 @@ private:
     const Network* chosen = nullptr;
     bool was_launched = false;  ///< by the click that chose it; else it was in service already
     bool was_raised = false;    ///< the window, over the terminal that opened
+    bool was_opened = false;    ///< its terminal was there since the launch
     bool runs = false;          ///< its server did, when last seen
     QPointer<NetworkWatch> watch;
     QDeadlineTimer deadline;                           ///< of the start
-    QDeadlineTimer terminal_deadline;                  ///< until when its terminal may take to open
+    QDeadlineTimer terminal_deadline;                  ///< for one that says something
     std::vector<std::function<void()>> old_terminals;  ///< each closes one
     std::optional<FileLock> start_lock;  ///< of a start: one at a time among the operator's desks
 

@@ -8,11 +8,12 @@
 
 Launch launch(const Network& network, const std::vector<std::string>& others) {
     Launch done;
-    if (others.empty()) {
+    done.obstacle = terminal_obstacle();
+    if (done.obstacle.isEmpty() && others.empty()) {
         done.obstacle = port_obstacle(network);
-        if (!done.obstacle.isEmpty()) {
-            return done;
-        }
+    }
+    if (!done.obstacle.isEmpty()) {
+        return done;
     }
     for (const std::string& directory : others) {
         done.old_terminals.push_back(terminal_closer(directory));

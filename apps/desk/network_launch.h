@@ -18,6 +18,6 @@ struct Launch {
 };
 
 /// Ends the servers of the other project directories, which have the network's address, then
-/// launches it. When there are none and another program holds the port, it is not launched. Blocks
-/// for some seconds at most; may be called on any thread.
+/// launches it. Without a terminal, or when there are no others and another program holds the port,
+/// nothing is ended or launched. Blocks for some seconds at most; may be called on any thread.
 Launch launch(const Network& network, const std::vector<std::string>& others);

@@ -29,16 +29,6 @@ QString port_holder(const std::string& directory, const QString& host) {
     return QString::fromUtf8(python.readAllStandardOutput()).trimmed();
 }
 
-/// The end of what the terminal said, which the tool that opens it keeps.
-QString terminal_words() {
-    QFile file(qEnvironmentVariable("QUORVALE_TERMINAL_WORDS"));
-    if (!file.open(QIODevice::ReadOnly)) {
-        return {};
-    }
-    file.seek(std::max<qint64>(0, file.size() - 400));
-    return QString::fromUtf8(file.readAll()).trimmed();
-}
-
 /// The failure that can be seen without Django, or an empty text.
 QString visible_failure(const Network& network) {
     if (!has_project(network.path)) {
@@ -48,9 +38,6 @@ QString visible_failure(const Network& network) {
     if (address.isEmpty()) {
         return QStringLiteral(
             "Cette machine n'a pas d'adresse sur le réseau : vérifiez son câble ou son wifi.");
-    }
-    if (QStandardPaths::findExecutable(QStringLiteral("gnome-terminal")).isEmpty()) {
-        return QStringLiteral("Le terminal, gnome-terminal, n'est pas installé.");
     }
     const ProjectProcesses processes = find_processes(network.path);
     if (!processes.servers.empty()) {
@@ -88,6 +75,21 @@ void find_start_failure(QThreadPool& threads, QObject& context, const Network& n
     };
     work_in_background(
         threads, context, [network] { return visible_failure(network); }, told);
+}
+
+QString terminal_words() {
+    QFile file(qEnvironmentVariable("QUORVALE_TERMINAL_WORDS"));
+    if (!file.open(QIODevice::ReadOnly)) {
+        return {};
+    }
+    file.seek(std::max<qint64>(0, file.size() - 400));
+    return QString::fromUtf8(file.readAll()).trimmed();
+}
+
+QString terminal_obstacle() {
+    return QStandardPaths::findExecutable(QStringLiteral("gnome-terminal")).isEmpty()
+               ? QStringLiteral("Le terminal, gnome-terminal, n'est pas installé.")
+               : QString();
 }
 
 QString port_obstacle(const Network& network) {

@@ -15,6 +15,13 @@ struct NetworkState;
 void find_start_failure(QThreadPool& threads, QObject& context, const Network& network,
                         const std::function<void(const QString&)>& found);
 
+/// Returns the end of what the terminal said, which the tool that opens it keeps; empty when that
+/// is nothing.
+QString terminal_words();
+
+/// Returns why no network can be started: there is no terminal. Empty when there is one.
+QString terminal_obstacle();
+
 /// Returns why a network cannot be started, though no other of the operator's is in service:
 /// another program holds the port. Empty when it can, or when it cannot be told. Runs
 /// commands, for ten seconds at most.
