@@ -1,5 +1,6 @@
 """A network made from the template and served on a port of this machine, for the tests."""
 
+import contextlib
 import os
 import re
 import shutil
@@ -31,6 +32,16 @@ from django.core.management import execute_from_command_line as run
 run(["manage.py", "migrate", "--verbosity=0"])
 run(["manage.py", "createsuperuser", "--no-input", "--username=zoé", "--email=z@localhost"])
 """
+
+
+def own_port():
+    """Returns a free port that nobody else is going to take: it lies below those from which
+    connections leave, and the number of the process sets the tests apart."""
+    for port in range(10000 + os.getpid() % 20000, 32768):
+        with contextlib.suppress(OSError), socket.socket() as probe:
+            probe.bind(("127.0.0.1", port))
+            return port
+    raise OSError("no free port")
 
 
 def run_in(directory, *command):
@@ -74,14 +85,13 @@ class ServedNetworkTest(unittest.TestCase, Visitor):
         shutil.copy(self.accounts, self.project)
 
     def start_server(self, verbosity=1, address="127.0.0.1", **options):
-        if not self.port:
-            with socket.socket() as probe:
-                probe.bind(("127.0.0.1", 0))
-                self.port = probe.getsockname()[1]
-        self.server = subprocess.Popen(
-            ["python3", "manage.py", "runserver", f"{address}:{self.port}",
-             f"--verbosity={verbosity}"], cwd=self.project, env=ENVIRONMENT, start_new_session=True,
-            **{"stdout": subprocess.DEVNULL, "stderr": subprocess.DEVNULL, **options})
+        self.port = self.port or own_port()
+        said = self.project.with_name("server.log")
+        with said.open("wb") as log:
+            self.server = subprocess.Popen(
+                ["python3", "manage.py", "runserver", f"{address}:{self.port}",
+                 f"--verbosity={verbosity}"], cwd=self.project, env=ENVIRONMENT,
+                start_new_session=True, **{"stdout": log, "stderr": subprocess.STDOUT, **options})
         self.addCleanup(self.end_server)
         deadline = time.monotonic() + 60
         while time.monotonic() < deadline and self.server.poll() is None:
@@ -89,7 +99,7 @@ class ServedNetworkTest(unittest.TestCase, Visitor):
                 if client.connect_ex(("127.0.0.1", self.port)) == 0:
                     return
             time.sleep(0.1)
-        self.fail("the server does not answer")
+        self.fail(f"the server does not answer: {said.read_text('utf-8')[-1000:]}")
 
     def end_server(self):
         self.server.terminate()

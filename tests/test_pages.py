@@ -5,7 +5,6 @@ Saves a picture of each page in the directory that the variable PICTURES names, 
 """
 
 import os
-import socket
 import tempfile
 import unittest
 
@@ -15,7 +14,7 @@ from selenium.webdriver.common.by import By
 from selenium.webdriver.common.keys import Keys
 from selenium.webdriver.support.wait import WebDriverWait
 
-from served_network import ENVIRONMENT, ServedNetworkTest
+from served_network import ENVIRONMENT, ServedNetworkTest, own_port
 
 # The address at which visitors find the network; the browser is led to the test's server.
 ADDRESS = "192.0.2.10:8000"
@@ -31,9 +30,7 @@ class PagesTest(ServedNetworkTest):
         super().setUpClass()
         home = tempfile.TemporaryDirectory()
         cls.addClassCleanup(home.cleanup)
-        with socket.socket() as probe:
-            probe.bind(("127.0.0.1", 0))
-            cls.server_port = probe.getsockname()[1]
+        cls.server_port = own_port()
         options = webdriver.ChromeOptions()
         for option in [
                 "headless=new", "no-sandbox", "disable-gpu", "disable-quic", "no-first-run",
