@@ -55,7 +55,7 @@ class Refresh(unittest.TestCase):
 
     def start(self, *before, program="true", path=os.environ["PATH"], status=0):
         """Start a program, by the command BEFORE it. Return what is said."""
-        run = subprocess.run([*before, "bin/quorvale-start", program], cwd=self.root, check=False,
+        run = subprocess.run([*before, "bin/quorvale-start", *program.split()], cwd=self.root, check=False,
                              stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True,
                              env={**os.environ, "PATH": path, "QUORVALE_DIR": str(self.work)})
         self.assertEqual(run.returncode, status, run.stdout)
@@ -158,6 +158,12 @@ class Refresh(unittest.TestCase):
             self.skipTest("needs root")
         os.chown(self.work, 65534, 65534)
         self.assertIn("sans sudo", self.start(status=1))
+
+    def test_wrong_words(self):
+        for words, reason in (("nothing", "nothing » n'existe pas"), ("--admin", "--admin »"),
+                              ("start", "start »"), ("guide x", "Mot en trop : « x »")):
+            said = self.start(program=words, status=2)
+            self.assertEqual((said[:5], reason in said.splitlines()[-1]), ("Usage", True), words)
 
     def test_platform(self):
         for settings, platform in ((["DISPLAY=:9"], "xcb"), (["-u", "DISPLAY"], "wayland"),
