@@ -12,10 +12,11 @@ import time
 import unittest
 from pathlib import Path
 
+from quick_django import place_template
+
 sys.path.append(str(Path(__file__).resolve().parent.parent / "trial"))
 from visitor import Visitor  # noqa: E402  (of the folder that was just added)
 
-TEMPLATE = Path(__file__).resolve().parent.parent / "runtime"
 ENVIRONMENT = {**os.environ, "PATH": "/usr/bin:/bin", "PYTHONDONTWRITEBYTECODE": "1",
                "DJANGO_SUPERUSER_PASSWORD": "un mot de passe"}
 
@@ -56,8 +57,7 @@ class ServedNetworkTest(unittest.TestCase, Visitor):
         cls.addClassCleanup(directory.cleanup)
         cls.made = Path(directory.name, "Atelier")
         run_in(directory.name, "django-admin", "startproject", "Atelier")
-        run_in(TEMPLATE, "cp", "-a", "settings.py", "urls.py", "hubs", "ressources", "templates",
-               "static", cls.made / "Atelier")
+        place_template(cls.made / "Atelier")
         with open(cls.made / "Atelier" / "settings.py", "a", encoding="utf-8") as settings:
             settings.write(QUICK_HASHER)
         whole = shutil.copytree(cls.made, Path(directory.name, "whole"))
@@ -80,6 +80,10 @@ class ServedNetworkTest(unittest.TestCase, Visitor):
         then = time.time() - seconds_ago
         os.utime(file, (then, then))
         return file
+
+    def open_hand_in(self):
+        self.handed_in.mkdir(0o700, exist_ok=True)
+        (self.handed_in / ".ouverte").touch()
 
     def make_account(self):
         shutil.copy(self.accounts, self.project)

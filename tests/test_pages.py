@@ -209,8 +209,7 @@ class PagesTest(ServedNetworkTest):
     def test_sending(self):
         """With progress, a cut and too much; without JavaScript; after the end of a log-in."""
         self.bound("HANDED_IN_FILE_BYTES", 6 << 20)
-        self.handed_in.mkdir(0o700)
-        (self.handed_in / ".ouverte").touch()
+        self.open_hand_in()
         self.make_account()
         self.start_server()
         self.visit("/remettre/")

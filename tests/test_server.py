@@ -16,10 +16,11 @@ import unittest
 from pathlib import Path
 from unittest import mock
 
-from served_network import TEMPLATE, ServedNetworkTest, Visitor
+from quick_django import RUNTIME
+from served_network import ServedNetworkTest, Visitor
 
 sys.dont_write_bytecode = True
-sys.path.append(str(TEMPLATE))
+sys.path.append(str(RUNTIME))
 from hubs import bodies, connections, mdns, processes  # noqa: E402, these need no Django
 
 # Tells on the server's standard output in which order what is sent reaches the disk.
@@ -175,8 +176,7 @@ class ServerTest(ServedNetworkTest):
         self.bound("HANDING_IN_PATIENCE", 1)
         resources = self.project / "Atelier" / "hubs" / "resources.py"
         resources.write_text(resources.read_text("utf-8") + TOLD_DISK)
-        self.handed_in.mkdir(0o700)
-        (self.handed_in / ".ouverte").touch()
+        self.open_hand_in()
         with open(self.project / "log", "wb") as log:
             self.start_server(stdout=log)
         self.ask("/remettre/")

@@ -160,8 +160,7 @@ class TemplateTest(ServedNetworkTest):
     def test_collecting(self):
         self.bound("HANDED_IN_AT_ONCE", 3)
         self.make_account()
-        self.handed_in.mkdir(0o700)
-        (self.handed_in / ".ouverte").touch()
+        self.open_hand_in()
         (self.handed_in / ".caché.txt").touch()
         (self.handed_in / "lien.txt").symlink_to(self.settings)
         self.start_server()
@@ -351,7 +350,7 @@ class TemplateTest(ServedNetworkTest):
         may_send = [f"/peut-envoyer/{page}/"
                     for page in ("POST/remettre", "POST/depot", "GET/depot")]
         self.assertEqual([self.ask(path)[0] for path in may_send], [403, 403, 204])
-        (self.handed_in / ".ouverte").touch()
+        self.open_hand_in()
         self.assertEqual([self.ask(path)[0] for path in may_send], [204, 403, 204])
         for name, content in [("devoir.txt", "1"), ("devoir.txt", "2" * 150_000),
                               ("gros.txt", "3" * 60_000), ("...", "4"),
@@ -371,8 +370,7 @@ class TemplateTest(ServedNetworkTest):
     def test_cut(self):
         server = self.project / "Atelier" / "hubs" / "server.py"
         server.write_text(re.sub("STALL_SECONDS = .*", "STALL_SECONDS = 1", server.read_text()))
-        self.handed_in.mkdir(0o700)
-        (self.handed_in / ".ouverte").touch()
+        self.open_hand_in()
         self.start_server(preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_FSIZE,
                                                                 (1 << 20, 1 << 20)))
         self.ask("/remettre/")
@@ -389,8 +387,7 @@ class TemplateTest(ServedNetworkTest):
 
     def test_full_disk(self):
         self.bound("SPARE_BYTES", 1 << 60)
-        self.handed_in.mkdir(0o700)
-        (self.handed_in / ".ouverte").touch()
+        self.open_hand_in()
         self.start_server()
         self.ask("/remettre/")
         self.send("a.txt", "a", "/remettre/", "fichier")
