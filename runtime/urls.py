@@ -38,6 +38,6 @@ urlpatterns = [
     path("_infos/etat/", visitors.state),
     path("admin/logout/", views.log_out),
     path("admin/", admin.site.urls),
-    # Debug mode is off, which says no more than that pages show no internals.
+    # Debug mode is off for the sake of error pages; files are sent from here all the same.
     path("static/<path:path>", serve, {"insecure": True}),
 ]

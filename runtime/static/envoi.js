@@ -1,11 +1,11 @@
-// Sends the forms that hold files, and shows how far that is. Without this script, the browser
-// sends them by itself.
+// Sends forms that hold files, and shows the progress. Without this script, the browser sends them
+// by itself.
 "use strict";
 
 (() => {
   const FORMS = "form[enctype='multipart/form-data']";
-  const PERIOD = 500; // between two looks at how far it is, in milliseconds
-  const LOOKS = 10; // over which the speed is taken
+  const PERIOD = 500; // between two samples of the progress, in milliseconds
+  const SAMPLES = 10; // over which the speed is measured
 
   const make = (tag, properties, ...children) => {
     const element = Object.assign(document.createElement(tag), properties);
@@ -30,7 +30,7 @@
   };
 
   // Why the files of the form would be refused; undefined if nothing is known against them.
-  const obstacle = (form) => {
+  const problemWith = (form) => {
     const files = [...form.querySelector("[type=file]").files];
     const bytes = files.reduce((sum, file) => sum + file.size, 0);
     const { mostBytes, mostFiles } = form.dataset;
@@ -70,7 +70,7 @@
     return [make("strong", { textContent: title.textContent }), ...paragraphs];
   };
 
-  // Shows below the form how far the request is. Returns how to end that.
+  // Shows the progress of the request below the form. Returns a function that ends that.
   const showProgress = (form, request, sent) => {
     const progress = make("progress", { max: 1, value: 0 });
     progress.setAttribute("aria-label", "Envoi");
@@ -79,11 +79,11 @@
     cancel.onclick = () => request.abort();
     form.append(make("div", { className: "sending" }, progress, text, cancel));
     cancel.focus();
-    const looks = [[performance.now(), 0]];
+    const samples = [[performance.now(), 0]];
     const timer = setInterval(() => {
-      looks.push([performance.now(), sent.bytes]);
-      const [then, before] = looks[Math.max(0, looks.length - 1 - LOOKS)];
-      const [now, bytes] = looks[looks.length - 1];
+      samples.push([performance.now(), sent.bytes]);
+      const [then, before] = samples[Math.max(0, samples.length - 1 - SAMPLES)];
+      const [now, bytes] = samples[samples.length - 1];
       const speed = size((1000 * (bytes - before)) / (now - then));
       progress.value = bytes / sent.all;
       text.textContent =
@@ -94,7 +94,7 @@
     return () => clearInterval(timer);
   };
 
-  const lost = (sent, button) => {
+  const lossText = (sent, button) => {
     const again = `cliquez de nouveau sur «\u00a0${button.textContent}\u00a0»`;
     if (sent.bytes === sent.all) {
       return (
@@ -119,7 +119,7 @@
     request.onload = () =>
       request.status < 400 ? showAnswer(request) : refuse(form, ...reasons(request));
     request.onabort = () => refuse(form, "L'envoi est annulé\u00a0: rien n'a été enregistré.");
-    request.onerror = () => refuse(form, lost(sent, button));
+    request.onerror = () => refuse(form, lossText(sent, button));
     request.open("POST", form.action);
     request.send(new FormData(form));
     button.disabled = true;
@@ -139,7 +139,7 @@
       return;
     }
     event.preventDefault();
-    const reason = obstacle(form);
+    const reason = problemWith(form);
     if (reason) {
       refuse(form, reason);
     } else {
