@@ -15,6 +15,7 @@
 #include "../apps/client/client_controls.h"
 #include "../apps/client/server_request.h"
 #include "../apps/desk/creation_form.h"
+#include "../apps/desk/network_menu.h"
 #include "../apps/setup/setup_controls.h"
 #include "applicationsetup.h"
 #include "clientwindow.h"
@@ -665,6 +666,23 @@ private slots:
         });
         NetworkJobs(window).rename({QStringLiteral("Arts & Lettres"), {}});
         QVERIFY(asked.contains(QStringLiteral("Arts && Lettres")));
+    }
+
+    void size_in_the_menu() {
+        use_french_texts();
+        const TestDirectory directory;
+        directory.write(QStringLiteral("networks.data"),
+                        "A|" + directory.path(QStringLiteral("a")).toLocal8Bit() + "|\n");
+        QDir().mkpath(QStringLiteral("a/a/hubs"));
+        directory.write(QStringLiteral("a/manage.py"), {});
+        directory.write(QStringLiteral("a/a/settings.py"), QByteArray(5 << 20, '#'));
+        QFile hollow(QStringLiteral("a/hollow"));
+        QVERIFY(hollow.open(QIODevice::WriteOnly) && hollow.resize(1 << 30));
+        NetworkSelectionWindow window(nullptr);
+        NetworkJobs jobs(window);
+        const auto* menu = new NetworkMenu(registered_networks()[0], false, jobs, window);
+        QTRY_COMPARE_WITH_TIMEOUT(menu->actions().last()->text(),
+                                  QStringLiteral("Taille sur le disque\u00a0: 5,0 Mio"), 60'000);
     }
 
     void refused_creation() {
