@@ -311,7 +311,7 @@ private slots:
 
     void display_names() {
         const TestDirectory directory;
-        directory.write(QStringLiteral("networks.data"), "A|a|\n&&\t|b|\nlost|\n|c|\n");
+        directory.write(QStringLiteral("networks.data"), "A|a|\n&&\t|b|\nlost|\n|/d//c/|\n");
         QDir().mkdir(QStringLiteral("a"));
         const QByteArray long_name = QByteArray("\u00e9").repeated(600);
         const std::pair<QByteArray, QString> rows[] = {
@@ -321,6 +321,7 @@ private slots:
             {QByteArray(98, 'a') + "\U0001F600\U0001F601\U0001F602",
              QString(98, QLatin1Char('a')) + QStringLiteral("😀😁")},
             {"\x07\nA\x1b[1mB\n", QStringLiteral("A [1mB")},
+            {"\xc9t\xe9\x81\n", QStringLiteral("Été")},
             {" \n", QStringLiteral("A")},
         };
         for (const auto& [contents, name] : rows) {

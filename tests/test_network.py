@@ -121,6 +121,7 @@ class Network(unittest.TestCase):
     def test_list_and_rename(self):
         self.serve()
         (self.work / "Forge/manage.py").unlink()
+        (self.work / "Forge/nom.txt").write_bytes(b"Forge\x81")  # of no character in cp1252
         lines = [line.split("\t") for line in self.done("list").splitlines()]
         self.assertGreater(int(lines[0].pop(2)), 100_000)
         self.assertEqual(lines, [["Été", str(self.project), "en marche"],

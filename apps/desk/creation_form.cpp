@@ -29,7 +29,7 @@ CreationForm::CreationForm(NetworkSelectionWindow& shown)
     save_text = save_button->text();
     back_link = window.findChild<QLabel*>(QStringLiteral("back_link"));
 
-    fields[name]->setMaxLength(longest_name);
+    fields[name]->setMaxLength(max_name_length);
     fields[path]->setReadOnly(true);
     fields[path]->setFocusPolicy(Qt::ClickFocus);
     fields[password]->setEchoMode(QLineEdit::Password);

@@ -5,7 +5,6 @@
 #include <QJsonObject>
 #include <QNetworkProxy>
 #include <QNetworkReply>
-#include <QProcess>
 #include <QUrl>
 #include <algorithm>
 #include <stdexcept>
@@ -13,6 +12,7 @@
 
 #include "background_work.h"
 #include "hub_utilities.h"
+#include "python_output.h"
 #include "registered_networks.h"
 #include "server_processes.h"
 
@@ -25,9 +25,7 @@ QByteArray name_by_project(const std::string& directory) {
     if (package.isEmpty()) {
         return {};
     }
-    QProcess python;
-    python.start(QStringLiteral("python3"), {package + QStringLiteral("/hubs/names.py")});
-    return python.waitForFinished(5000) ? python.readAllStandardOutput() : QByteArray();
+    return output_of_python({package + QStringLiteral("/hubs/names.py")}, 5000);
 }
 
 NetworkState look_at_processes(const std::string& directory, const std::set<pid_t>& old_shells) {

@@ -1,7 +1,6 @@
 #include "start_failure.h"
 
 #include <QFile>
-#include <QProcess>
 #include <QStandardPaths>
 #include <algorithm>
 
@@ -9,6 +8,7 @@
 #include "background_work.h"
 #include "network.h"
 #include "network_watch.h"
+#include "python_output.h"
 #include "registered_networks.h"
 #include "screen_pieces.h"
 #include "server_processes.h"
@@ -22,11 +22,9 @@ QString port_holder(const std::string& directory, const QString& host) {
     if (package.isEmpty()) {
         return {};
     }
-    QProcess python;
-    python.start(QStringLiteral("python3"),
-                 {package + QStringLiteral("/hubs/processes.py"), host, QStringLiteral("8000")});
-    python.waitForFinished(5000);
-    return QString::fromUtf8(python.readAllStandardOutput()).trimmed();
+    const QStringList arguments{package + QStringLiteral("/hubs/processes.py"), host,
+                                QStringLiteral("8000")};
+    return QString::fromUtf8(output_of_python(arguments, 5000)).trimmed();
 }
 
 /// The failure that can be seen without Django, or an empty text.

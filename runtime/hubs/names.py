@@ -58,7 +58,7 @@ def from_file(path: Path) -> str:
         # What was read may end in the middle of a character.
         text = codecs.getincrementaldecoder("utf-8-sig")().decode(content)
     except UnicodeDecodeError:
-        text = content.decode("cp1252", "replace")
+        text = content.decode("cp1252", "replace").replace("\ufffd", " ")
     return next(filter(None, map(clean, re.split("[\n\r]", text))), "")
 
 

@@ -1,22 +1,15 @@
 #include "network_names.h"
 
-#include <QProcess>
 #include <QRegularExpression>
 #include <QStringList>
 
 #include "network_template.h"
+#include "python_output.h"
 #include "screen_pieces.h"
 
 namespace {
 
-QByteArray output_of_python(const QStringList& arguments) {
-    QProcess python;
-    python.start(QStringLiteral("python3"), arguments);
-    if (!python.waitForFinished() || python.exitCode() != 0) {
-        return {};
-    }
-    return python.readAllStandardOutput();
-}
+const int python_timeout = 30'000;  // milliseconds
 
 }  // namespace
 
@@ -24,11 +17,11 @@ QString clean_name(QString text) {
     static const QRegularExpression unfit(QStringLiteral(R"([\x00-\x1f\x7f-\x9f]+)"));
     text = text.replace(unfit, QStringLiteral(" ")).simplified();
     // UTF-16 has two units for some characters.
-    return QString::fromStdU32String(text.toStdU32String().substr(0, longest_name)).trimmed();
+    return QString::fromStdU32String(text.toStdU32String().substr(0, max_name_length)).trimmed();
 }
 
 QString without_accents(QString text) {
-    // Letters that are no composition of a plain one and a mark.
+    // Letters that do not decompose into a plain one and a mark.
     const std::pair<QString, QString> letters[] = {
         {QStringLiteral("œ"), QStringLiteral("oe")}, {QStringLiteral("Œ"), QStringLiteral("Oe")},
         {QStringLiteral("æ"), QStringLiteral("ae")}, {QStringLiteral("Æ"), QStringLiteral("Ae")},
@@ -46,9 +39,9 @@ QSet<QString> python_names() {
     const QString program = QStringLiteral(
         "import keyword, pkgutil, sys; sys.path.remove(''); print(*keyword.kwlist, "
         "*sys.stdlib_module_names, *(module.name for module in pkgutil.iter_modules()))");
-    const QStringList names = QString::fromUtf8(output_of_python({QStringLiteral("-c"), program}))
-                                  .simplified()
-                                  .split(QLatin1Char(' '), Qt::SkipEmptyParts);
+    const QByteArray output = output_of_python({QStringLiteral("-c"), program}, python_timeout);
+    const QStringList names =
+        QString::fromUtf8(output).simplified().split(QLatin1Char(' '), Qt::SkipEmptyParts);
     return {names.begin(), names.end()};
 }
 
@@ -66,7 +59,8 @@ QString directory_name(const QString& display_name, const QSet<QString>& reserve
 }
 
 std::string registry_name(const QString& display_name) {
-    return output_of_python({template_directory() + QStringLiteral("hubs/names.py"), display_name})
+    return output_of_python({template_directory() + QStringLiteral("hubs/names.py"), display_name},
+                            python_timeout)
         .toStdString();
 }
 

@@ -13,8 +13,8 @@
 
 namespace {
 
-/// The first line of "nom.txt" that is not blank, or an empty text. The template's hubs/names.py
-/// reads the file by the same rule.
+/// The first line of "nom.txt" that is not blank, as a display name, or an empty text. The
+/// template's hubs/names.py reads the file by the same rule.
 QString name_in_file(const QDir& project) {
     const QString path = project.filePath(QStringLiteral("nom.txt"));
     QFile file(path);
@@ -22,7 +22,7 @@ QString name_in_file(const QDir& project) {
         return {};
     }
     static const QRegularExpression line_end(QStringLiteral(R"([\n\r])"));
-    const QStringList lines = text_of_file(file.read(qint64{10} * longest_name)).split(line_end);
+    const QStringList lines = text_of_file(file.read(qint64{10} * max_name_length)).split(line_end);
     for (const QString& line : lines) {
         QString name = clean_name(line);
         if (!name.isEmpty()) {
@@ -32,13 +32,16 @@ QString name_in_file(const QDir& project) {
     return {};
 }
 
+/// The network's display name, never empty: apps/network/registry.py has the same rule.
 QString display_name(const Network& network) {
-    const QDir project(QFile::decodeName(network.path.c_str()));
-    QString name = name_in_file(project);
-    if (name.isEmpty()) {
-        name = clean_name(shown_name(network.name));
+    const QDir project(QDir::cleanPath(QFile::decodeName(network.path.c_str())));
+    for (const QString& name : {name_in_file(project), clean_name(shown_name(network.name)),
+                                clean_name(project.dirName())}) {
+        if (!name.isEmpty()) {
+            return name;
+        }
     }
-    return name.isEmpty() ? clean_name(project.dirName()) : name;
+    return QStringLiteral("Quorvale");
 }
 
 }  // namespace
@@ -63,7 +66,7 @@ QString package_of(const std::string& directory) {
     if (!project.exists()) {
         return {};
     }
-    // It was named after the directory, which may have been renamed since, or be given by a link.
+    // It has the directory's own name, unless that was renamed since. The path may be a link.
     QStringList folders{QDir(project.canonicalPath()).dirName()};
     folders += project.entryList(QDir::Dirs | QDir::NoDotAndDotDot);
     for (const QString& folder : std::as_const(folders)) {

@@ -10,15 +10,15 @@ struct RegisteredNetwork {
     std::string directory;  ///< its project's, the bytes that the registry has
 };
 
-/// Returns the networks of "networks.data" (working directory) in its order; none when there is no
-/// registry that can be read. Lines without a name and a directory are left out. Prints nothing.
+/// Returns the networks of "networks.data" (working directory) in its order; none when it cannot be
+/// read. Lines that lack a field are left out. Prints nothing.
 std::vector<RegisteredNetwork> registered_networks();
 
 /// Returns whether a network's directory holds a project.
 bool has_project(const std::string& directory);
 
-/// Returns the directory of a project's package, which has the network's pages and files; empty if
-/// there is none.
+/// Returns the directory of a project's package, which holds the network's pages and files; an
+/// empty text if there is none.
 QString package_of(const std::string& directory);
 
 /// Returns the French message for a network whose directory holds no project.
