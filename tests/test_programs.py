@@ -75,6 +75,8 @@ class Programs(unittest.TestCase):
             for words, reason in [
                     (("a", "b", ""), "Mot en trop"), (("--admin", "", "a"), ""),
                     (("--né",), "L'option «\u00a0né\u00a0» n'existe pas."),
+                    (("--help=a",), "ne prend pas de valeur"), (("--end", "a"), ""),
+                    (("--admin=a", "--admin", "b", "c"), ""),
                     (("-Roche",), "«\u00a0Roche\u00a0» n'existe pas."), (("",), "")]:
                 status, out, err = self.program(name, *words)
                 self.assertEqual((status, out, err[:5]), (2, "", "Usage"), (name, words))

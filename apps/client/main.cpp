@@ -22,14 +22,15 @@ std::unique_ptr<ClientWindow> searched_window() {
 }  // namespace
 
 int main(int argc, char** argv) {
-    CommandLine line(QStringLiteral(
-        "Cherche les serveurs Quorvale du réseau local et ouvre dans le navigateur celui qu'on\nchoisit."));
+    CommandLine line(
+        QStringLiteral("Cherche les serveurs Quorvale du réseau local et ouvre dans le navigateur "
+                       "celui qu'on\nchoisit."));
     if (line.answers(argc, argv)) {
         return 0;
     }
     QGuiApplication::setDesktopFileName(QStringLiteral("org.quorvale.Client"));
     const QApplication application(argc, argv);
-    if (!line.fits()) {
+    if (!line.is_valid()) {
         return usage_error;
     }
     const ApplicationSetup setup;

@@ -9,8 +9,8 @@
 
 namespace {
 
-/// Shows what quorvale-start has to say, which nobody reads where the menu started it. The servers
-/// that are started later need not know.
+/// Shows quorvale-start's message, which nobody would read when the desktop's menu started it. The
+/// servers that are started later do not inherit it.
 void show_notice() {
     const QString notice = qEnvironmentVariable("QUORVALE_NOTICE");
     qunsetenv("QUORVALE_NOTICE");
@@ -26,14 +26,15 @@ void show_notice() {
 }  // namespace
 
 int main(int argc, char** argv) {
-    CommandLine line(QStringLiteral(
-        "Présente les réseaux de cette machine : on les crée, les démarre, les ouvre et les\narrête."));
+    CommandLine line(
+        QStringLiteral("Présente les réseaux de cette machine : on les crée, les démarre, les "
+                       "ouvre et les\narrête."));
     if (line.answers(argc, argv)) {
         return 0;
     }
     QGuiApplication::setDesktopFileName(QStringLiteral("org.quorvale.Quorvale"));
     const QApplication application(argc, argv);
-    if (!line.fits()) {
+    if (!line.is_valid()) {
         return usage_error;
     }
     const ApplicationSetup setup;
@@ -42,7 +43,7 @@ int main(int argc, char** argv) {
     if (terminal_words.open()) {
         qputenv("QUORVALE_TERMINAL_WORDS", QFile::encodeName(terminal_words.fileName()));
     }
-    // From now on only its value changes, which may be read by a thread that starts a command.
+    // Created here: from now on only its value changes, while threads that start commands read it.
     qputenv("QUORVALE_TERMINAL_TITLE", "Quorvale");
     Desk desk;
     desk.show_home({});

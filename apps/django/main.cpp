@@ -30,7 +30,7 @@ int main(int argc, char** argv) {
     }
     use_utf8_locale_codec();
     const QCoreApplication application(argc, argv);
-    if (!line.fits()) {
+    if (!line.is_valid()) {
         return usage_error;
     }
     return DjangoManager().launch(bytes_of(line.argument(0), argc, argv));

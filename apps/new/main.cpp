@@ -54,12 +54,12 @@ void outlive_signals() {
     }
 }
 
-/// Adds what the command line may hold.
+/// Adds the arguments and options.
 void describe(CommandLine& line) {
     line.add_argument(
         QStringLiteral("NOM"),
-        QStringLiteral(
-            "Le nom du réseau, un texte quelconque, accents et espaces compris. S'il commence par un tiret, mettez -- devant."));
+        QStringLiteral("Le nom du réseau, un texte quelconque, accents et espaces compris. S'il "
+                       "commence par un tiret, mettez -- devant."));
     line.add_option({admin,
                      QStringLiteral("Lui donne un administrateur, dont le mot de passe est "
                                     "demandé, ou lu sur la première ligne de l'entrée "
@@ -89,7 +89,7 @@ int main(int argc, char** argv) {
     use_utf8_locale_codec();
     qputenv("PYTHONUTF8", "1");  // what Python is given is UTF-8, whatever the session's encoding
     const QCoreApplication application(argc, argv);
-    if (!line.fits()) {
+    if (!line.is_valid()) {
         return usage_error;
     }
     NewNetwork wanted{line.argument(0), line.value(admin)};

@@ -7,14 +7,15 @@
 #include "setupwindow.h"
 
 int main(int argc, char** argv) {
-    CommandLine line(QStringLiteral(
-        "Affiche la fenêtre de configuration de Quorvale, pour les comptes des réseaux et leurs\nrépertoires."));
+    CommandLine line(
+        QStringLiteral("Affiche la fenêtre de configuration de Quorvale, pour les comptes des "
+                       "réseaux et leurs\nrépertoires."));
     if (line.answers(argc, argv)) {
         return 0;
     }
     QGuiApplication::setDesktopFileName(QStringLiteral("org.quorvale.Setup"));
     const QApplication application(argc, argv);
-    if (!line.fits()) {
+    if (!line.is_valid()) {
         return usage_error;
     }
     const ApplicationSetup setup;

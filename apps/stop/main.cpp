@@ -46,7 +46,7 @@ int main(int argc, char** argv) {
     }
     use_utf8_locale_codec();
     const QCoreApplication application(argc, argv);
-    if (!line.fits()) {
+    if (!line.is_valid()) {
         return usage_error;
     }
     const QString wanted = line.argument(0);

@@ -39,6 +39,10 @@ int main(int argc, char** argv) {
         return 0;
     }
     if (line.has(end)) {
+        const QCoreApplication application(argc, argv);
+        if (!line.is_valid()) {
+            return usage_error;
+        }
         end_children(getpid());
         return 0;
     }
@@ -46,7 +50,7 @@ int main(int argc, char** argv) {
     QCoreApplication::setApplicationName(QStringLiteral("quorvale-client"));
     QGuiApplication::setDesktopFileName(QStringLiteral("org.quorvale.Client"));
     const QApplication application(argc, argv);
-    if (!line.fits()) {
+    if (!line.is_valid()) {
         return usage_error;
     }
     const ApplicationSetup setup;

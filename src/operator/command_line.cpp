@@ -10,7 +10,7 @@ namespace {
 const QString help_option = QStringLiteral("help");
 const QString version_option = QStringLiteral("version");
 
-/// While it lives, the parser's own texts are French, also without Qt's translations.
+/// Makes the parser's own texts French while it lives, even without Qt's translations.
 class ParserTexts : public QTranslator {
 public:
     ParserTexts() {
@@ -77,7 +77,10 @@ bool CommandLine::answers(int argc, char** argv) {
     for (int i = 0; i < argc; ++i) {
         words += QString::fromUtf8(argv[i]);
     }
-    parser.parse(words);
+    // Without a misused option such as "--help=x"; unknown ones may be Qt's own.
+    if (!parser.parse(words) && parser.unknownOptionNames().isEmpty()) {
+        return false;
+    }
     if (parser.isSet(help_option)) {
         const QCoreApplication application(argc, argv);  // the parser asks it for the name
         const ParserTexts texts;
@@ -91,7 +94,7 @@ bool CommandLine::answers(int argc, char** argv) {
     return false;
 }
 
-bool CommandLine::fits() {
+bool CommandLine::is_valid() {
     const ParserTexts texts;
     parser.parse(QCoreApplication::arguments());
     const QString reason = fault();
@@ -125,13 +128,16 @@ QString CommandLine::help() const {
     return text;
 }
 
-/// Returns what is wrong with the line that was parsed last, or an empty text.
 QString CommandLine::fault() const {
     QString error = parser.errorText();
     if (!error.isEmpty()) {
         return error;
     }
-    for (const QString& option : parser.optionNames()) {
+    const QStringList options = parser.optionNames();
+    for (const QString& option : options) {
+        if (options.count(option) > 1) {
+            return QStringLiteral("L'option « %1 » est donnée deux fois.").arg(option);
+        }
         if (parser.values(option).contains(QString())) {
             return QStringLiteral("La valeur de l'option « %1 » est vide.").arg(option);
         }

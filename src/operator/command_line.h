@@ -19,11 +19,11 @@ public:
 
     /// Returns true, with the answer on standard output, when the help or the version is asked for.
     /// Needs neither a display nor an application object: programs with windows call it before
-    /// they make theirs.
+    /// they create theirs.
     bool answers(int argc, char** argv);
-    /// Returns whether the program takes the words that the application object has left; if not,
-    /// prints the help and what is wrong on standard error.
-    bool fits();
+    /// Returns whether the words that the application object has left are valid; if not, prints the
+    /// help and what is wrong on standard error.
+    bool is_valid();
 
     /// Returns argument `index`, from 0, or an empty text.
     QString argument(int index) const;
@@ -32,6 +32,7 @@ public:
 
 private:
     QString help() const;
+    /// Returns what is wrong with the line that was parsed last, or an empty text.
     QString fault() const;
 
     QCommandLineParser parser;
@@ -40,5 +41,5 @@ private:
     QString exit_statuses;
 };
 
-/// Exit status of every program for a command line that it does not take.
+/// Exit status of every program for a command line that is not valid.
 inline constexpr int usage_error = 2;
