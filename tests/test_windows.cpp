@@ -7,6 +7,7 @@
 #include <QLineEdit>
 #include <QMessageBox>
 #include <QPushButton>
+#include <QTextDocument>
 #include <QUrl>
 #include <QtTest>
 #include <algorithm>
@@ -155,15 +156,10 @@ void answer_dialog(const char* name, const std::function<void(QWidget& dialog)>&
     timer->start(10);
 }
 
-/// Answers the next question with the button of that text.
-void answer_question(const char* answer) {
-    answer_dialog("question", [answer](QWidget& question) {
-        for (auto* choice : question.findChildren<QPushButton*>()) {
-            if (choice->text() == QLatin1String(answer)) {
-                choice->click();
-                return;
-            }
-        }
+/// Presses the button of that name when the next question is asked.
+void answer_question(const char* button) {
+    answer_dialog("question", [button](QWidget& question) {
+        question.findChild<QPushButton*>(QLatin1String(button))->click();
     });
 }
 
@@ -646,7 +642,7 @@ private slots:
         });
         QTest::mouseClick(buttons("password_button")[0], Qt::LeftButton);
         QCOMPARE(refused, "Erreur.||");
-        for (const char* answer : {"Non", "Oui"}) {
+        for (const char* answer : {"no_button", "yes_button"}) {
             answer_question(answer);
             QTest::mouseClick(buttons("remove_button")[1], Qt::LeftButton);
         }
@@ -661,11 +657,11 @@ private slots:
         QString asked;
         answer_dialog("rename_dialog", [&asked](QWidget& dialog) {
             const auto* label = dialog.findChild<QLabel*>();
-            asked = label->textFormat() == Qt::PlainText ? label->text() : QString();
+            asked = Qt::mightBeRichText(label->text()) ? label->text() : QString();
             dialog.close();
         });
-        NetworkJobs(window).rename({QStringLiteral("Arts & Lettres"), {}});
-        QVERIFY(asked.contains(QStringLiteral("Arts && Lettres")));
+        NetworkJobs(window).rename({QStringLiteral("Arts & <u>Lettres"), {}});
+        QVERIFY(asked.contains(QStringLiteral("Arts &amp; &lt;u&gt;Lettres")));
     }
 
     void size_in_the_menu() {

@@ -80,7 +80,7 @@ void CreationForm::refuse(Field field, const QString& reason) {
 
 bool CreationForm::check() {
     refused = false;
-    accept_fields(*save_button->parentWidget());
+    clear_refusals(*save_button->parentWidget());
     const QString typed = typed_name();
     const QString reason = creation_refusal(typed, directory_name(typed, reserved_names));
     if (!reason.isEmpty()) {

@@ -93,7 +93,7 @@ void AccountForm::set_network(const RegisteredNetwork& account_network) {
 
 void AccountForm::start() {
     result->hide();
-    accept_fields(*save_button->parentWidget());
+    clear_refusals(*save_button->parentWidget());
     fields[pseudonym]->setFocus();
 }
 
@@ -125,7 +125,7 @@ void AccountForm::save() {
 
 bool AccountForm::check() {
     result->hide();
-    accept_fields(*save_button->parentWidget());
+    clear_refusals(*save_button->parentWidget());
     bool fit = true;
     const auto refuse = [&](Field field, const QString& reason) {
         fit = false;

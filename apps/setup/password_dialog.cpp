@@ -45,7 +45,7 @@ void PasswordDialog::reject() {
 }
 
 void PasswordDialog::save() {
-    accept_fields(*form);
+    clear_refusals(*form);
     if (!check_password(*password, *confirmation)) {
         return;
     }

@@ -1,8 +1,8 @@
 #pragma once
 
-/// A lock between programs: a file of the working directory, created for it. The file stays, for if
-/// it were removed, two programs could each lock a file of that name. The kernel frees the lock
-/// when its program ends, however that happens.
+/// A lock between programs: a file of the working directory, created when it is missing and never
+/// removed, or two programs could each lock a file of that name. The kernel frees the lock when its
+/// program ends, however that happens.
 class FileLock {
 public:
     explicit FileLock(const char* file);
@@ -14,8 +14,8 @@ public:
     /// cannot be written.
     bool take() const;
 
-    /// Takes the lock without waiting. Returns false when another program has it; true also when
-    /// the file cannot be written, for then nobody is kept out.
+    /// Takes the lock without waiting. Returns false only when another program has it: where the
+    /// file cannot be written, nobody is kept out.
     bool try_take() const;
 
 private:

@@ -19,7 +19,7 @@ QLabel* reason_at(const QGridLayout& grid, int row) {
     return item == nullptr ? nullptr : qobject_cast<QLabel*>(item->widget());
 }
 
-/// Lets lists, whose texts are long, take up the reasons' column, too.
+/// Lets drop-down lists, whose texts are long, extend into the reasons' column.
 void make_room(QGridLayout& grid) {
     for (int row = 0; row < grid.rowCount(); ++row) {
         QLayoutItem* item = grid.itemAtPosition(row, field_column);
@@ -38,7 +38,7 @@ QLabel* add_reason(QGridLayout& grid, int row) {
     return reason;
 }
 
-bool says_something(const QGridLayout& grid) {
+bool shows_reason(const QGridLayout& grid) {
     for (int row = 0; row < grid.rowCount(); ++row) {
         const QLabel* reason = reason_at(grid, row);
         if (reason != nullptr && !reason->text().isEmpty()) {
@@ -57,7 +57,7 @@ void refuse_field(QWidget& field, const QString& reason) {
     int row_span = 0;
     int column_span = 0;
     grid->getItemPosition(grid->indexOf(&field), &row, &column, &row_span, &column_span);
-    if (!says_something(*grid)) {
+    if (!shows_reason(*grid)) {
         field.setFocus();
     }
     QLabel* label = reason_at(*grid, row);
@@ -85,7 +85,7 @@ bool check_password(QLineEdit& password, QLineEdit& confirmation) {
     return true;
 }
 
-void accept_fields(const QWidget& form) {
+void clear_refusals(const QWidget& form) {
     const QGridLayout* grid = grid_of(form);
     for (int row = 0; row < grid->rowCount(); ++row) {
         if (QLabel* reason = reason_at(*grid, row)) {

@@ -6,7 +6,7 @@
 #include <QStringList>
 
 std::optional<ListedNetwork> find_listed(const QString& output, const RegisteredNetwork& network) {
-    // The command leaves out of a path what does not matter in it, such as a slash at its end.
+    // The command prints normalised paths: no slash at the end, for instance.
     const QString directory = QDir::cleanPath(QFile::decodeName(network.directory.c_str()));
     for (const QString& line : output.split(QLatin1Char('\n'))) {
         const QStringList fields = line.split(QLatin1Char('\t'));

@@ -5,11 +5,11 @@
 
 #include "registered_networks.h"
 
-/// What `quorvale-network list` tells of a network, besides its name and its directory.
+/// What `quorvale-network list` reports about a network, besides its name and its directory.
 struct ListedNetwork {
     QString size;   ///< on the disk, with its unit
     QString state;  ///< "en marche", "arrêté" or "absent"
 };
 
-/// Returns what the output of that command tells of the network; nothing if it is not in there.
+/// Returns what that command's output reports about the network; nothing if it is not listed.
 std::optional<ListedNetwork> find_listed(const QString& output, const RegisteredNetwork& network);

@@ -45,16 +45,16 @@ QString part_not_copied(const QString& directory) {
     return {};
 }
 
-/// Clears the directory where a network is made, and links the template's parts there. Returns
-/// whether all are there.
-bool prepare_workshop(QDir& workshop) {
+/// Clears the staging directory, where a network is made, and links the template's parts there.
+/// Returns whether all are there.
+bool prepare_staging(QDir& staging) {
     // Links that cannot be removed, on a full disk, do no harm.
-    workshop.removeRecursively();
-    bool whole = QDir().mkdir(workshop.path());
+    staging.removeRecursively();
+    bool whole = QDir().mkdir(staging.path());
     for (const char* part : template_parts) {
         const QString name = QString::fromLatin1(part);
         const QString target = QDir::current().absoluteFilePath(template_directory() + name);
-        whole = whole && QFile::link(target, workshop.filePath(name));
+        whole = whole && QFile::link(target, staging.filePath(name));
     }
     return whole;
 }
@@ -92,14 +92,14 @@ bool write_name(const QString& name, const QDir& project) {
 }
 
 /// Creates the project with its display name. Returns why that failed, or an empty text.
-QString make_project(const NewNetwork& wanted, const QString& name, QDir& workshop,
+QString make_project(const NewNetwork& wanted, const QString& name, QDir& staging,
                      const QDir& project) {
-    if (!prepare_workshop(workshop)) {
+    if (!prepare_staging(staging)) {
         return QStringLiteral("rien ne peut être écrit dans ce répertoire.");
     }
     const QString work = QDir::currentPath();
     const std::string directory = project.dirName().toStdString();
-    QDir::setCurrent(workshop.path());
+    QDir::setCurrent(staging.path());
     create_new_network(directory, directory);
     QDir::setCurrent(work);
     if (!project.exists(QStringLiteral("manage.py"))) {
@@ -132,9 +132,9 @@ int manage(const QDir& project, const QStringList& arguments, const QByteArray& 
 }
 
 /// Creates everything but the line in the registry.
-CreationStatus make_network(const NewNetwork& wanted, const QString& name, QDir& workshop,
+CreationStatus make_network(const NewNetwork& wanted, const QString& name, QDir& staging,
                             const QDir& project) {
-    const QString reason = make_project(wanted, name, workshop, project);
+    const QString reason = make_project(wanted, name, staging, project);
     if (!reason.isEmpty()) {
         return fail(name, reason);
     }
@@ -156,8 +156,8 @@ CreationStatus make_network(const NewNetwork& wanted, const QString& name, QDir&
                        : fail(name, QStringLiteral("son administrateur n'a pas pu être créé."));
 }
 
-/// Gives a network that was made its place and its line in the registry. Returns whether it has
-/// both; if not, it has neither, and the reason was printed.
+/// Moves a network that was made to its place and adds its line to the registry. Returns whether it
+/// has both; if not, it has neither, and the reason was printed.
 bool place_and_record(const QString& name, const QString& made, QDir& project) {
     if (!QDir().rename(made, project.path())) {
         fail(name, QStringLiteral("il n'a pas pu être mis à sa place."));
@@ -212,8 +212,7 @@ QString creation_refusal(const QString& name, const QString& directory) {
         return QStringLiteral("un fichier ou un répertoire « %1 » existe déjà ici.").arg(directory);
     }
     // apps/network/adoption.py has the same rule.
-    const QRegularExpression plain_path(QStringLiteral(R"(^[\w/.,:@%+=-]+$)"),
-                                        QRegularExpression::UseUnicodePropertiesOption);
+    static const QRegularExpression plain_path(QStringLiteral(R"(\A[\p{L}\p{N}_/.,:@%+=-]+\z)"));
     if (!plain_path.match(QDir::currentPath()).hasMatch()) {
         return QStringLiteral(
             "le chemin de ce répertoire contient un espace ou un caractère que le terminal ne "
@@ -238,13 +237,13 @@ CreationStatus create_and_record_network(const NewNetwork& wanted) {
         return fail(name, reason);
     }
 
-    QDir workshop(QDir::current().filePath(QStringLiteral(".creation")));
-    const QDir made(workshop.filePath(project.dirName()));
-    CreationStatus status = make_network(wanted, name, workshop, made);
+    QDir staging(QDir::current().filePath(QStringLiteral(".creation")));
+    const QDir made(staging.filePath(project.dirName()));
+    CreationStatus status = make_network(wanted, name, staging, made);
     if (status == created_whole && !place_and_record(name, made.path(), project)) {
         status = not_created;
     }
-    workshop.removeRecursively();
+    staging.removeRecursively();
     if (status != created_whole) {
         return status;
     }

@@ -23,16 +23,16 @@ QString creation_refusal(const QString& name, const QString& directory);
 /// directory that `directory_name` gives, its display name in "nom.txt", its database, the
 /// administrator's account and, last, its line in "networks.data". All of it is made in
 /// ".creation", and on the disk before it gets its place and its line: what a creation that was
-/// killed has left is cleared by the next one.
+/// killed has left there is cleared by the next one.
 ///
-/// With `contents`, the files in its folder "projet" are laid over the project's directory, those
+/// With `contents`, the files in its folder "projet" are copied over the project's directory, those
 /// in "paquet" over its package's; the folders "ressources" and "depots" of the package, which may
-/// be large, are moved from there and have nothing of the template's. Where the directory is taken,
-/// a number follows its name.
+/// be large, are moved from there, in place of the template's. Where the directory's name is taken,
+/// a number is appended.
 ///
 /// Returns `created_whole` with a French line on standard output that says what was made. On any
 /// failure, what was made is removed, and the reason is on standard error, in French: one line for
-/// `not_created`, the account command's own for the others. Complaints of the commands that
-/// were run come before it. Two calls at a time, from two programs, take turns. Blocks until the
-/// commands have ended, and changes the working directory meanwhile.
+/// `not_created`, the account command's own for the others. Errors of the commands that were run
+/// come before it. Concurrent calls, from several programs, take turns. Blocks until the commands
+/// have ended, and changes the working directory meanwhile.
 CreationStatus create_and_record_network(const NewNetwork& wanted);

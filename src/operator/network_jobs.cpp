@@ -5,7 +5,6 @@
 #include <QFile>
 #include <QFileDialog>
 #include <QInputDialog>
-#include <QLabel>
 #include <QMessageBox>
 #include <QProgressDialog>
 #include <QUrl>
@@ -52,9 +51,9 @@ void NetworkJobs::rename(const RegisteredNetwork& network) {
     QInputDialog dialog(&window);
     dialog.setObjectName(QStringLiteral("rename_dialog"));
     dialog.setWindowTitle(QStringLiteral("Renommer le réseau"));
-    dialog.setLabelText(QStringLiteral("Nouveau nom de %1 :")
-                            .arg(quoted(network).replace(QLatin1Char('&'), QStringLiteral("&&"))));
-    dialog.findChild<QLabel*>()->setTextFormat(Qt::PlainText);
+    // As rich text, where nothing of a name is taken for a tag or a mnemonic.
+    dialog.setLabelText(
+        QStringLiteral("<span>Nouveau nom de %1 :</span>").arg(quoted(network).toHtmlEscaped()));
     dialog.setTextValue(network.name);
     dialog.setOkButtonText(QStringLiteral("Renommer"));
     dialog.setCancelButtonText(QStringLiteral("Annuler"));
@@ -70,7 +69,7 @@ void NetworkJobs::copy(const RegisteredNetwork& network) {
     QFileDialog dialog(&window, QStringLiteral("Copier %1 vers…").arg(quoted(network)),
                        QDir::homePath());
     dialog.setAcceptMode(QFileDialog::AcceptSave);
-    // The program replaces no file; the dialog had better not promise it.
+    // The program overwrites no file, so the dialog must not offer it.
     dialog.setOption(QFileDialog::DontConfirmOverwrite);
     dialog.setDefaultSuffix(QStringLiteral("quorvale"));
     QString name = network.name;
@@ -110,7 +109,7 @@ void NetworkJobs::run(const QStringList& arguments, const QString& doing) {
     progress->setMinimumWidth(360);  // for a whole title
     progress->setWindowModality(Qt::WindowModal);
     progress->show();  // at once: nothing else may be started in the window meanwhile
-    // Ended in the middle, the program leaves nothing half done.
+    // A program that is ended halfway undoes what it has done.
     connect(progress, &QProgressDialog::canceled, progress, &QObject::deleteLater);
     run_in_background(*progress, QStringList(program_path("quorvale-network")) + arguments,
                       QDir::currentPath(), {}, [this, progress](int status, const QString& said) {

@@ -6,9 +6,9 @@
 
 class QWidget;
 
-/// The jobs of a network's life, for the controls of a window: asks what a job needs, has
-/// `quorvale-network` do it behind a dialog that can cancel it, and says how it went. Belongs to
-/// the window.
+/// What an operator does with whole networks, for the controls of a window: asks for what a job
+/// needs, has `quorvale-network` do it while a dialog offers to cancel it, and shows the outcome.
+/// Belongs to the window.
 class NetworkJobs : public QObject {
     Q_OBJECT
 
@@ -19,16 +19,16 @@ public:
     void open_folder(const RegisteredNetwork& network);
     void rename(const RegisteredNetwork& network);
     void copy(const RegisteredNetwork& network);
-    /// Moves the network to the desktop's bin, after a question.
+    /// Moves the network to the desktop's bin, once the operator has confirmed it.
     void remove(const RegisteredNetwork& network);
     void restore();
 
 signals:
-    /// A job was done: the registry may have changed.
+    /// A job has succeeded: the registry may have changed.
     void done();
 
 private:
-    /// Runs the program, while the dialog says what it is `doing`.
+    /// Runs the program, while a dialog shows the text `doing`.
     void run(const QStringList& arguments, const QString& doing);
     void say(bool succeeded, const QString& text);
 

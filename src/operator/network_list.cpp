@@ -40,7 +40,7 @@ NetworkList::NetworkList(QWidget& window)
       entries(window.findChildren<QPushButton*>(QStringLiteral("network_button")).toVector()),
       texts(entries.size()),
       scroll(bare_scroll_area()) {
-    window.layout()->setAlignment({});  // the list gets all the height that is left
+    window.layout()->setAlignment({});  // the list takes all the height that is left
     auto* column = static_cast<QVBoxLayout*>(static_cast<QWidget*>(parent())->layout());
     column->setContentsMargins(9, 0, 9, 0);
     rows = new QGridLayout(scroll->widget());
@@ -60,11 +60,11 @@ NetworkList::NetworkList(QWidget& window)
     column->addWidget(scroll, 1);
     const int letter = QFontInfo(QApplication::font()).pixelSize();
     for (QPushButton* button : std::as_const(entries)) {
-        // Only now: the style of its new place would overwrite a height that was set before.
+        // Not earlier: the style of its new place would overwrite it.
         button->setMinimumHeight(std::max(28, static_cast<int>(std::ceil(2.2 * letter))));
     }
     scroll->viewport()->installEventFilter(this);
-    connect(qApp, &QApplication::focusChanged, scroll, [this](QWidget*, QWidget* now) {
+    connect(qApp, &QApplication::focusChanged, this, [this](QWidget*, QWidget* now) {
         if (now != nullptr && scroll->widget()->isAncestorOf(now)) {
             scroll->ensureWidgetVisible(now, 0, 4);
         }
@@ -116,9 +116,9 @@ void NetworkList::focus_first() {
 
 void NetworkList::focus(int entry) {
     entries[entry]->setFocus();
-    // Once more when everything is shown and in its place: a hidden widget does not take the focus.
+    // Again once everything is laid out and shown: a hidden widget cannot take the focus.
     QMetaObject::invokeMethod(
-        scroll,
+        this,
         [this, entry] {
             entries[entry]->setFocus();
             scroll->ensureWidgetVisible(entries[entry], 0, 4);
@@ -185,7 +185,8 @@ bool NetworkList::eventFilter(QObject* object, QEvent* event) {
     } else if (event->type() == QEvent::KeyPress && object == filter) {
         const int key = static_cast<const QKeyEvent*>(event)->key();
         if (key == Qt::Key_Return || key == Qt::Key_Enter || key == Qt::Key_Down) {
-            focus_first();  // the dialog would press its first button, whatever is typed
+            focus_first();  // the dialog would press its first button, even one that is filtered
+                            // out
             return true;
         }
         if (key == Qt::Key_Escape && !filter->text().isEmpty()) {

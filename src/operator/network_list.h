@@ -10,21 +10,21 @@ class QPushButton;
 class QScrollArea;
 class QVBoxLayout;
 
-/// What an entry of a list of networks says.
+/// The texts of an entry of a list of networks.
 struct NetworkEntry {
     QString name;
     QString detail{};  ///< an address, for instance: shown where two names are equal
-    QString mark{};    ///< stands behind the name; may be empty
+    QString mark{};    ///< shown after the name; may be empty
 
     bool operator==(const NetworkEntry& other) const {
         return name == other.name && detail == other.detail && mark == other.mark;
     }
 };
 
-/// Lets the network list of a window hold any number of them: the buttons scroll, and are large
-/// enough to be read and clicked in the desktop's own font. From ten on, there is a "filter_field",
-/// which leaves those whose name, or detail where it is shown, contains what is typed, whatever the
-/// accents and the case. Belongs to the window's "network_list".
+/// Lets the network list of a window hold any number of networks: the buttons scroll, and are large
+/// enough to be read and clicked in the desktop's own font. From ten networks on, there is a
+/// "filter_field": only those stay whose name, or detail where it is shown, contains what is typed,
+/// whatever the accents and the case. Belongs to the window's "network_list".
 class NetworkList : public QObject {
 public:
     static constexpr int filtered_from = 10;
@@ -35,8 +35,8 @@ public:
     /// Returns the buttons in their order.
     const QVector<QPushButton*>& buttons() const;
 
-    /// Sets what the buttons say, in their order: as much of a name as there is room for, all of it
-    /// in the tool tip and to a screen reader.
+    /// Sets the texts of the buttons, in their order. A name is elided where there is no room for
+    /// it; it is whole in the tool tip and to a screen reader.
     void show_entries(const QVector<NetworkEntry>& shown);
 
     /// Puts a widget at the right of a button.
@@ -63,7 +63,7 @@ private:
     QVector<QPushButton*> entries;
     QVector<NetworkEntry> texts;
     QGridLayout* rows;
-    int free_row = 0;  ///< the first below all that was added
+    int free_row = 0;  ///< the first row below everything that was added
     QScrollArea* scroll;
     QLineEdit* filter = nullptr;
 };

@@ -51,7 +51,8 @@ bool replace_registry(const QByteArray& contents) {
                           replacement.write(contents) >= 0 && replacement.flush() &&
                           replacement.commit();
     if (replaced) {
-        // The disk is to have the new name, too. A file system that cannot do that is no failure.
+        // So that the rename is on the disk, too. File systems that cannot sync a directory are
+        // fine.
         const int directory = open(".", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
         fsync(directory);
         close(directory);
@@ -60,7 +61,7 @@ bool replace_registry(const QByteArray& contents) {
 }
 
 int refuse(const char* reason) {
-    std::cerr << "networks.data : " << reason << std::endl;
+    std::cerr << registry_file << " : " << reason << std::endl;
     return 1;
 }
 

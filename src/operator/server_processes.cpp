@@ -37,7 +37,7 @@ public:
         syscall(SYS_pidfd_send_signal, descriptor, signal, nullptr, 0);
     }
 
-    /// Returns whether the process has ended.
+    /// Waits for the end of the process, until the deadline. Returns whether it has ended.
     bool wait_until(Clock::time_point deadline) const {
         pollfd end{descriptor, POLLIN, 0};
         const auto left =
@@ -85,7 +85,7 @@ struct WorkingDirectory {
     std::string removed{};  ///< the kernel's name of one that has been removed
 };
 
-/// A project directory, however it is named, and also when it has been removed since.
+/// A project directory, by whatever path, even if it has been removed since.
 class Project {
 public:
     explicit Project(const std::string& directory)
@@ -111,7 +111,7 @@ bool serves(pid_t pid, const Project& project) {
     return is_own(pid) && project.is(WorkingDirectory(pid)) && is_server_command(words_of(pid));
 }
 
-/// Adds a process to what was found in its working directory.
+/// Adds a process to those found in its working directory.
 void add(pid_t pid, ProjectProcesses& found) {
     found.any = true;
     const std::vector<std::string> words = words_of(pid);
@@ -144,15 +144,15 @@ bool is_terminal_shell(pid_t pid) {
 /// Returns the processes that pass the check. Each is opened first, then checked, for pids are
 /// reused.
 template <typename Check>
-std::vector<Process> hold(const std::vector<pid_t>& pids, Check check) {
-    std::vector<Process> held;
+std::vector<Process> open_checked(const std::vector<pid_t>& pids, Check check) {
+    std::vector<Process> opened;
     for (const pid_t pid : pids) {
         Process process(pid);
         if (check(pid)) {
-            held.push_back(std::move(process));
+            opened.push_back(std::move(process));
         }
     }
-    return held;
+    return opened;
 }
 
 std::vector<Process> terminal_shells(const std::string& directory) {
@@ -160,11 +160,11 @@ std::vector<Process> terminal_shells(const std::string& directory) {
     for (const pid_t pid : find_processes(directory).servers) {
         parents.push_back(parent_of(pid));
     }
-    return hold(parents, is_terminal_shell);
+    return open_checked(parents, is_terminal_shell);
 }
 
-/// Ends a terminal's shell, within two seconds. It has just become an interactive one, which misses
-/// the signal when that comes before it reads what is typed.
+/// Ends a terminal's shell, within two seconds. It has just become interactive, and misses a signal
+/// that comes before it reads its input.
 void hang_up(const Process& shell) {
     for (int tries = 0; tries < 10; ++tries) {
         shell.send(SIGHUP);
@@ -219,8 +219,8 @@ bool end_server(const std::string& directory) {
     for (const int signal : {SIGINT, SIGTERM, SIGKILL}) {
         const Project project(directory);
         const std::vector<Process> servers =
-            hold(find_processes(directory).servers,
-                 [&project](pid_t pid) { return serves(pid, project); });
+            open_checked(find_processes(directory).servers,
+                         [&project](pid_t pid) { return serves(pid, project); });
         if (servers.empty()) {
             break;
         }

@@ -12,12 +12,12 @@
 /// hubs/processes.py decides it by the same rule.
 bool is_server_command(const std::vector<std::string>& words);
 
-/// The processes of this user whose working directory is a project's, however that is named, and
-/// also when it has been removed since.
+/// The processes of this user whose working directory is a project's, by whatever path, even if it
+/// has been removed since.
 struct ProjectProcesses {
-    std::vector<pid_t> servers{};    ///< Django has two of them for each server
-    std::set<pid_t> plain_shells{};  ///< without a command: a terminal's after its server's end
-    bool any = false;                ///< one at least, as the shell of a terminal that has opened
+    std::vector<pid_t> servers{};    ///< Django runs two for each server
+    std::set<pid_t> plain_shells{};  ///< without a command: a terminal's once its server has ended
+    bool any = false;                ///< whether there are any: a terminal that has opened has one
 };
 
 /// Returns what runs in each of the project directories, in their order, by one walk through the
@@ -27,20 +27,21 @@ std::vector<ProjectProcesses> find_all_processes(const std::vector<std::string>&
 /// The same for one project directory.
 ProjectProcesses find_processes(const std::string& directory);
 
-/// Which of the project directories a server of this user serves, in their order. Prints nothing.
+/// Returns whether a server of this user serves each of the project directories, in their order.
+/// Prints nothing.
 std::vector<bool> find_served(const std::vector<std::string>& directories);
 
 /// Ends the server of a project directory, and the terminal that was opened for it; a shell in
-/// which the operator typed the command stays. Returns whether no process of the server is left, so
-/// also when there was none.
+/// which the operator typed the command stays. Returns whether no process of the server is left;
+/// true also when there was none.
 ///
-/// Every process is asked to end by SIGINT, as by Ctrl+C, then by SIGTERM, then killed: blocks
+/// Every process is asked to end by SIGINT, as by Ctrl+C, then by SIGTERM, then killed. Blocks
 /// until they have ended, eight seconds at most. Prints nothing.
 bool stop_server(const std::string& directory);
 
-/// The same without the terminal, which stays open.
+/// The same, but leaves the terminal open.
 bool end_server(const std::string& directory);
 
-/// Returns what closes the terminal that was opened for the server of a project directory. To be
-/// asked for while the server runs: afterwards, its terminal is not told from others.
+/// Returns a function that closes the terminal that was opened for the server of a project
+/// directory. Call this while the server runs: later, its terminal cannot be told from others.
 std::function<void()> terminal_closer(const std::string& directory);
