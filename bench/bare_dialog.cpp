@@ -1,5 +1,6 @@
-// A dialog of the home screen's size with as many widgets as it has with the networks given as the
-// argument, and nothing else: what the start of the application is measured against.
+// A bare dialog of the home screen's size, with as many widgets as the home screen has with the
+// number of networks that is given as the argument: the start of the application is measured
+// against it.
 #include <QApplication>
 #include <QDialog>
 #include <QLabel>

@@ -1,4 +1,4 @@
-// The search that the client makes, without its window: prints the servers, then their names.
+// The client's search without its window: prints the servers, then their names.
 #include <iostream>
 
 #include "hub_utilities.h"

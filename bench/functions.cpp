@@ -1,6 +1,6 @@
-// Functions of the library against the plainest code that does the same input and output, or that
+// Compares functions of the library with the plainest code that does the same input and output, or
 // shows as many buttons. Takes the options of Google Benchmark. The figures go to standard error:
-// what the functions print on standard output goes to /dev/null.
+// standard output, where the functions print, goes to /dev/null.
 #include <benchmark/benchmark.h>
 
 #include <QApplication>

@@ -1,5 +1,5 @@
-// The registry's writer, read back: behind any contents, a network that was recorded is the last
-// one read, and the lines before it are as they were; one that was refused changes nothing.
+// The registry's writer, checked by reading back: whatever the registry held before, a network that
+// was recorded is read last, after unchanged lines; one that was refused changes nothing.
 #include <fuzzer/FuzzedDataProvider.h>
 
 #include <QDir>
@@ -16,7 +16,7 @@
 
 namespace {
 
-/// The registry that the reader has understood, as it would be written.
+/// The registry as the reader understands it, written out again.
 std::string read_registry() {
     std::vector<Network*> networks;
     read_hub_networks(&networks);
@@ -33,7 +33,7 @@ std::string read_registry() {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     static const QTemporaryDir folder;
     QDir::setCurrent(folder.path());
-    // The functions echo what they read and refuse.
+    // The functions print what they read, and why they refuse.
     std::cout.rdbuf(nullptr);
     std::cerr.rdbuf(nullptr);
 

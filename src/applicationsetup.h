@@ -16,8 +16,8 @@ class ApplicationSetup {
 public:
     ApplicationSetup();
 
-    /// Gives a top-level window, not yet shown, the product's icon and a frame with minimise and
-    /// close buttons only.
+    /// Gives a top-level window that is not yet shown the product's icon, and a frame with minimise
+    /// and close buttons only.
     static void dress_window(QWidget& window);
 
     /// Shows a program's first window without loading OpenGL, which no window of ours uses and

@@ -6,25 +6,25 @@
 
 MaximisingGuard::MaximisingGuard(QWidget& guarded)
     : QObject(guarded.windowHandle()), window(guarded), handle(*guarded.windowHandle()) {
-    patience.setSingleShot(true);
-    patience.setInterval(1000);  // should the compositor not answer, or not show it
-    connect(&patience, &QTimer::timeout, this, &MaximisingGuard::go_back);
-    connect(&handle, &QWindow::windowStateChanged, this, &MaximisingGuard::fit_compositor);
+    timeout.setSingleShot(true);
+    timeout.setInterval(1000);  // the compositor may never answer, or never show it
+    connect(&timeout, &QTimer::timeout, this, &MaximisingGuard::restore);
+    connect(&handle, &QWindow::windowStateChanged, this, &MaximisingGuard::allow_maximising);
     handle.installEventFilter(this);
 }
 
-void MaximisingGuard::fit_compositor(Qt::WindowState asked_by_frame) {
+void MaximisingGuard::allow_maximising(Qt::WindowState asked_by_frame) {
     if (asked_by_frame == Qt::WindowMaximized) {
         is_asked = true;
         handle.setMaximumSize(QSize(QWIDGETSIZE_MAX, QWIDGETSIZE_MAX));
-        patience.start();
+        timeout.start();
     }
 }
 
-void MaximisingGuard::go_back() {
-    patience.stop();
-    if (is_large) {
-        is_large = false;
+void MaximisingGuard::restore() {
+    timeout.stop();
+    if (is_maximised) {
+        is_maximised = false;
         handle.setWindowStates(Qt::WindowNoState);
     } else {
         handle.setMaximumSize(window.maximumSize());
@@ -32,22 +32,22 @@ void MaximisingGuard::go_back() {
 }
 
 bool MaximisingGuard::eventFilter(QObject* watched, QEvent* event) {
-    if (event->type() == QEvent::UpdateRequest && is_large) {
-        go_back();
+    if (event->type() == QEvent::UpdateRequest && is_maximised) {
+        restore();
     }
     if (event->type() != QEvent::WindowStateChange) {
         return QObject::eventFilter(watched, event);
     }
-    // The compositor's answer, or its own wish.
+    // The compositor's answer, or its own request.
     const bool maximised = handle.windowStates().testFlag(Qt::WindowMaximized);
     if (!maximised) {
-        is_large = false;
-        go_back();
+        is_maximised = false;
+        restore();
     } else if (is_asked) {
         is_asked = false;
-        is_large = true;
-        patience.start();
-        handle.requestUpdate();  // comes when it is on the screen
+        is_maximised = true;
+        timeout.start();
+        handle.requestUpdate();  // arrives once it is on the screen
     }
-    return maximised;  // no state of the window, and not the frame's wish
+    return maximised;  // neither the window nor the frame is to learn of it
 }

@@ -10,10 +10,10 @@
 #include <QStringDecoder>
 #endif
 
-/// What differs between Qt 5 and Qt 6.
+/// The differences between Qt 5 and Qt 6.
 
-/// Makes UTF-8 the codec of file names and of the command line, whatever the locale says. Qt 6
-/// has no other on Linux.
+/// Makes UTF-8 the codec of file names and of the command line, whatever the locale says. On Linux,
+/// Qt 6 has no other.
 inline void use_utf8_locale_codec() {
 #if QT_VERSION_MAJOR < 6
     QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8"));
@@ -29,8 +29,8 @@ inline QString qt_translations_directory() {
 #endif
 }
 
-/// Returns the text of a file that was written in an editor: UTF-8, with or without a byte-order
-/// mark, otherwise Windows-1252. A UTF-8 character that is cut off at the end is dropped.
+/// Returns the text of a file that was written in an editor: UTF-8, with or without a byte order
+/// mark, or else Windows-1252. A UTF-8 character that is cut off at the end is dropped.
 inline QString text_of_file(const QByteArray& bytes) {
 #if QT_VERSION_MAJOR < 6
     QTextCodec::ConverterState state;

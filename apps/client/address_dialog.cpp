@@ -51,7 +51,7 @@ void AddressDialog::ask() {
             "#b00020");
         return;
     }
-    field->setReadOnly(true);  // disabled, it would hand the focus to the other button
+    field->setReadOnly(true);  // not disabled, or the focus would go to the other button
     open_button->setEnabled(false);
     say(QStringLiteral("%1 est appelé…").arg(server), "#0b3c66");
     ask_server(*this, server, [this](const QString& answer) { take_answer(answer); });

@@ -24,9 +24,9 @@ void search() {
     QApplication::exit(ClientControls::search_again);
 }
 
-/// A message over the window. The page's white background reaches it, too; its text must not take a
-/// dark theme's colour.
-void dress(QMessageBox& message, const char* name) {
+/// Names a message over the window. The page's white background reaches it, too: its text must not
+/// take a dark theme's colour.
+void set_up(QMessageBox& message, const char* name) {
     message.setObjectName(QLatin1String(name));
     message.setTextFormat(Qt::PlainText);
     message.setStyleSheet(QStringLiteral("color: #333;"));
@@ -49,9 +49,8 @@ void ClientControls::complete_list(int focused) {
         entries.push_back({latin1_text(network->name), latin1_text(network->address)});
     }
     list->show_entries(entries);
-    // Past the window's own slot: a server is first asked whether it is still there. The mappers of
-    // earlier lists are still the window's.
-    auto* mapper = window.findChildren<QSignalMapper*>(QStringLiteral("network_mapper")).last();
+    // In place of the window's own slot: a server is first asked whether it is still there.
+    auto* mapper = window.findChild<QSignalMapper*>(QStringLiteral("network_mapper"));
     mapper->disconnect(&window);
     connect(mapper, &QSignalMapper::mappedInt, this, &ClientControls::choose);
 
@@ -74,6 +73,7 @@ void ClientControls::complete_list(int focused) {
 
 void ClientControls::show_list() {
     window.remove_layouts(nullptr);
+    delete window.findChild<QSignalMapper*>(QStringLiteral("network_mapper"));  // the old list's
     window.selecting_networks_mode();
     window.setWindowTitle(QStringLiteral("Recherche de Reseaux"));
     complete_list(chosen);
@@ -87,7 +87,7 @@ void ClientControls::choose(int index) {
 
 void ClientControls::open_server(const std::string& address, const QString& name) {
     if (asking) {
-        return;  // a server is already being asked: the second of two clicks
+        return;  // it is the second of two clicks
     }
     asking = true;
     window.setCursor(Qt::BusyCursor);
@@ -138,7 +138,7 @@ void ClientControls::report_silence(const std::string& address, const QString& n
                                        "Il a peut-être été arrêté, ou son adresse a changé.")
                             .arg(name, latin1_text(address)),
                         QMessageBox::NoButton, &window);
-    dress(message, "silence_message");
+    set_up(message, "silence_message");
     const auto* again = message.addButton(again_text, QMessageBox::AcceptRole);
     message.addButton(QStringLiteral("Fermer"), QMessageBox::RejectRole);
     message.exec();
@@ -155,7 +155,7 @@ void ClientControls::report_nothing_found() {
                        "par câble ou par wifi, que le serveur est démarré, et que son pare-feu "
                        "laisse entrer le port 8000."),
         QMessageBox::NoButton, &window);
-    dress(*message, "nothing_found_message");
+    set_up(*message, "nothing_found_message");
     const auto* again = message->addButton(again_text, QMessageBox::AcceptRole);
     const auto* other = message->addButton(other_text, QMessageBox::ActionRole);
     message->addButton(QStringLiteral("Fermer"), QMessageBox::RejectRole);

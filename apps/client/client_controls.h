@@ -10,7 +10,7 @@ class ClientWindow;
 /// names the server. Belongs to the window.
 class ClientControls : public QObject {
 public:
-    /// What the event loop returns when the operator wants another search.
+    /// What the event loop returns when the operator asks for another search.
     static constexpr int search_again = 1;
 
     explicit ClientControls(ClientWindow& shown);
@@ -20,7 +20,7 @@ private:
     void complete_list(int focused);
     void show_list();
     void choose(int index);
-    /// Opens the server at the address if it answers; `name` is what it was listed as.
+    /// Opens the server at the address if it answers; `name` is the one it was listed by.
     void open_server(const std::string& address, const QString& name);
     void show_connected(const std::string& address, const QString& name);
     void ask_address();
@@ -29,5 +29,5 @@ private:
 
     ClientWindow& window;
     int chosen = 0;       ///< the button of the list that was clicked last
-    bool asking = false;  ///< a server that was chosen has not answered yet
+    bool asking = false;  ///< the server that was chosen has not answered yet
 };

@@ -11,7 +11,8 @@
 
 namespace {
 
-/// Beside this program in the build tree, among the tools where they are installed.
+/// Returns the path of `quorvale-wait`: beside this program in the build tree, among the tools
+/// where it is installed.
 std::string find_program() {
     const QString here = QCoreApplication::applicationDirPath();
     return QFile::encodeName(QStandardPaths::findExecutable(
@@ -20,7 +21,7 @@ std::string find_program() {
         .toStdString();
 }
 
-/// Returns the new process, or -1. It dies with this thread.
+/// Returns the new process, or -1. The kernel kills it when this thread ends.
 pid_t start(const char* program) {
     const pid_t parent = getpid();
     const pid_t child = fork();
@@ -52,11 +53,11 @@ SearchWait::~SearchWait() {
 
 void SearchWait::watch() const {
     siginfo_t end = {};
-    // Not reaped here: until the destructor the number stays that of this process.
+    // Not reaped here, so that the destructor can still signal that pid safely.
     waitid(P_PID, static_cast<id_t>(process), &end, WEXITED | WNOWAIT);
     if (end.si_code == CLD_EXITED && end.si_status == 0) {
-        // Replacing this process ends the search's thread before its commands are killed, so that
-        // it starts no other.
+        // Replacing this process ends the thread of the search before its commands are killed, so
+        // that it starts no others.
         execl(program.c_str(), program.c_str(), "--end", nullptr);
     }
 }

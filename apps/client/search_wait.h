@@ -5,12 +5,12 @@
 #include <string>
 #include <thread>
 
-/// The window that stands on the screen while the search blocks this program: a process of its own,
-/// `quorvale-wait`, which lives as long as this object and never longer than the thread that made
-/// it. Where that program is missing or fails, there is none.
+/// The window shown while the search blocks this program: a process of its own, `quorvale-wait`,
+/// which lives as long as this object, and no longer than the thread that created it. Where that
+/// program is missing or fails, there is no such window.
 ///
-/// When the operator closes the window, this program ends at once with status 0, and all that it
-/// has started with it; nothing is destroyed.
+/// When the operator closes the window, this program and all that it has started end at once, with
+/// status 0; no destructor runs.
 class SearchWait {
 public:
     /// Needs the application object, and does not wait for the window.

@@ -44,13 +44,13 @@ CreationForm::CreationForm(NetworkSelectionWindow& shown)
 }
 
 bool CreationForm::is_busy() const {
-    return !save_button->parentWidget()->isEnabled();
+    return busy;
 }
 
 bool CreationForm::may_leave() {
     const bool typed = std::any_of(fields.begin(), fields.end(),
                                    [](const QLineEdit* field) { return !field->text().isEmpty(); });
-    return is_busy() || !typed ||
+    return busy || !typed ||
            confirmed(&window, QStringLiteral("Quitter ce formulaire ?"),
                      QStringLiteral("Ce que vous y avez écrit sera perdu."));
 }
@@ -100,8 +100,9 @@ void CreationForm::save() {
     }
 }
 
-void CreationForm::set_busy(bool busy) {
-    // A window closed meanwhile does not end the program before the creation.
+void CreationForm::set_busy(bool now_busy) {
+    busy = now_busy;
+    // The program outlives a window closed meanwhile, until the creation has ended.
     QApplication::setQuitOnLastWindowClosed(!busy);
     set_form_busy(*save_button->parentWidget(), busy);
     back_link->setEnabled(!busy);
@@ -133,7 +134,7 @@ void CreationForm::end_creation(int status, const QString& said) {
         case pseudonym_refused:
             refuse(pseudonym, said);
             return;
-        default:  // without the name of what the reason is about
+        default:  // without the name of the network, which the line begins with
             refuse(name, last_line(said).section(QStringLiteral(" : "), -1));
     }
 }

@@ -20,9 +20,9 @@ public:
     explicit CreationForm(NetworkSelectionWindow& shown);
 
     bool is_busy() const;
-    /// Returns whether the form may go: asks where something was typed that would be lost.
+    /// Returns whether the form may be left; asks the operator when something typed would be lost.
     bool may_leave();
-    /// Sends left(), if the form may go.
+    /// Emits left(), if the form may be left.
     void leave();
 
 signals:
@@ -40,7 +40,7 @@ private:
     void refuse(Field field, const QString& reason);
     void create();
     void end_creation(int status, const QString& said);
-    void set_busy(bool busy);
+    void set_busy(bool now_busy);
 
     NetworkSelectionWindow& window;
     QVector<QLineEdit*> fields;
@@ -48,5 +48,6 @@ private:
     QString save_text;
     QLabel* back_link = nullptr;
     QSet<QString> reserved_names;
-    bool refused = false;
+    bool refused = false;  ///< a field, by the check that runs
+    bool busy = false;     ///< creating the network
 };

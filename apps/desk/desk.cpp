@@ -27,9 +27,10 @@
 
 namespace {
 
-const int start_patience = 30'000;  // milliseconds, for the whole start
-const int terminal_patience = 9'000;
-const int answer_patience = 8'000;  // of a network that was in service already
+// In milliseconds.
+const int start_timeout = 30'000;
+const int terminal_timeout = 9'000;
+const int answer_timeout = 8'000;  // of a network that was in service already
 
 QString quoted(const QString& name) {
     return QStringLiteral("« %1 »").arg(name);
@@ -41,7 +42,7 @@ Desk::Desk() {
     threads.setMaxThreadCount(16);  // they wait more than they compute
     marking.setInterval(2000);
     marking.setSingleShot(true);
-    connect(&marking, &QTimer::timeout, this, &Desk::look);
+    connect(&marking, &QTimer::timeout, this, &Desk::check_served);
 }
 
 Desk::~Desk() = default;
@@ -65,7 +66,7 @@ void Desk::renew_window() {
             other->setParent(old);
         }
     }
-    old->setEnabled(false);  // for a second click that is on its way
+    old->setEnabled(false);  // a second click may be on its way
     old->deleteLater();      // one of its widgets may be sending a signal
     window->setLayout(fresh.layout());
     fresh.findChild<QSignalMapper*>(QStringLiteral("network_mapper"))->setParent(window.get());
@@ -83,7 +84,7 @@ void Desk::read_networks() {
         directories.push_back(network->path);
     }
     registered = registered_networks();
-    registered.resize(networks.size());  // should the file have changed meanwhile
+    registered.resize(networks.size());  // the file may have changed meanwhile
 }
 
 bool Desk::has_other_buttons() const {
@@ -105,8 +106,8 @@ void Desk::show_home(const QString& focused_network) {
     wire_home();
     // Set again now that the list has moved: hidden widgets keep the font of their old place.
     window->setStyleSheet(QString::fromLatin1(white_page_style));
-    served.assign(networks.size(), false);  // until look() has told
-    look();
+    served.assign(networks.size(), false);  // until they were checked
+    check_served();
     mark_running();
     for (int i = static_cast<int>(networks.size()) - 1; i >= 0; --i) {
         const std::string& name = networks[static_cast<std::size_t>(i)]->name;
@@ -131,7 +132,7 @@ void Desk::wire_home() {
     }
     add_menu_buttons();
     add_home_links(*window);
-    // Past the window's own slot: the desk checks first whether the network can be started.
+    // In place of the window's own slot: the desk checks first whether the network can be started.
     auto* mapper = window->findChild<QSignalMapper*>(QStringLiteral("network_mapper"));
     mapper->disconnect(window.get());
     connect(mapper, &QSignalMapper::mappedInt, this, &Desk::choose, Qt::QueuedConnection);
@@ -149,8 +150,8 @@ void Desk::add_menu_buttons() {
     }
     auto* restore =
         named("restore_button", new QPushButton(QStringLiteral("Restaurer une copie…")));
-    auto* jobs = new NetworkJobs(*window);
-    connect(restore, &QPushButton::clicked, this, [this, jobs] {
+    jobs = new NetworkJobs(*window);
+    connect(restore, &QPushButton::clicked, this, [this] {
         if (state == State::at_home) {
             jobs->restore();
         }
@@ -165,14 +166,13 @@ void Desk::show_menu(int n, const QWidget& button) {
         return;
     }
     const auto index = static_cast<std::size_t>(n);
-    auto* jobs = window->findChild<NetworkJobs*>();
     auto* menu = new NetworkMenu(registered[index], served[index], *jobs, *window);
     connect(menu, &NetworkMenu::page_chosen, this, &Desk::open_page);
     connect(menu, &NetworkMenu::stop_chosen, this, [this, index] {
         if (state == State::at_home) {
             stop(*networks[index], [this] {
                 state = State::at_home;
-                look();
+                check_served();
             });
         }
     });
@@ -188,7 +188,7 @@ void Desk::work(Task task, Done done) {
     });
 }
 
-void Desk::look() {
+void Desk::check_served() {
     work([asked = directories] { return find_served(asked); },
          [this, asked = directories](const std::vector<bool>& found) {
              if (state == State::at_home && asked == directories) {
@@ -199,7 +199,7 @@ void Desk::look() {
          });
 }
 
-void Desk::look_before(const std::function<void()>& done) {
+void Desk::check_served_then(const std::function<void()>& done) {
     work([asked = directories] { return find_served(asked); },
          [this, done](const std::vector<bool>& found) {
              served = found;
@@ -236,7 +236,7 @@ bool Desk::eventFilter(QObject* object, QEvent* event) {
     }
     if (event->type() == QEvent::KeyPress &&
         static_cast<QKeyEvent*>(event)->key() == Qt::Key_Escape) {
-        if (form && !form->is_busy()) {
+        if (state == State::in_form && !form->is_busy()) {
             form->leave();
         } else {
             window->close();
@@ -251,7 +251,7 @@ bool Desk::eventFilter(QObject* object, QEvent* event) {
 }
 
 bool Desk::may_close() {
-    if (form) {
+    if (state == State::in_form) {
         return form->may_leave();
     }
     if (state == State::in_service && runs) {
@@ -266,13 +266,13 @@ void Desk::choose(int n) {
         return;  // the second of two clicks
     }
     state = State::working;
-    look_before([this, n] { begin(n); });
+    check_served_then([this, n] { begin(n); });
 }
 
 void Desk::begin(int n) {
     if (!may_replace_others(n)) {
         state = State::at_home;
-        look();
+        check_served();
         return;
     }
     const auto index = static_cast<std::size_t>(n);
@@ -284,7 +284,7 @@ void Desk::begin(int n) {
         return;
     }
     state = State::starting;
-    deadline.setRemainingTime(answer_patience);
+    deadline.setRemainingTime(answer_timeout);
     show_ready();
     watch_chosen({});
 }
@@ -307,7 +307,7 @@ bool Desk::may_replace_others(int n) {
 void Desk::show_loading() {
     window->clean_screen();
     window->loading_mode();
-    const int painting_time = 100;  // milliseconds, in several rounds: its layout comes first
+    const int painting_time = 100;  // milliseconds: the screen is laid out first, then painted
     QApplication::processEvents(QEventLoop::ExcludeUserInputEvents, painting_time);
 }
 
@@ -322,7 +322,7 @@ void Desk::launch_chosen() {
     std::vector<std::string> others;
     for (std::size_t i = 0; i < networks.size(); ++i) {
         if (served[i]) {
-            others.push_back(directories[i]);  // they all have the one address
+            others.push_back(directories[i]);  // all networks share one address
         }
     }
     work([network = *chosen, others] { return launch(network, others); },
@@ -338,9 +338,9 @@ void Desk::follow_launch(const Launch& launched) {
     state = State::starting;
     was_raised = false;
     was_opened = false;
-    deadline.setRemainingTime(start_patience);
-    terminal_deadline.setRemainingTime(terminal_patience);
-    if (!screen) {
+    deadline.setRemainingTime(start_timeout);
+    terminal_deadline.setRemainingTime(terminal_timeout);
+    if (was_launched) {  // a restart shows it already
         show_ready();
     }
     watch_chosen(launched.old_shells);
@@ -372,24 +372,28 @@ void Desk::show_ready() {
     connect(
         screen, &ReadyScreen::list_pressed, this,
         [this] {
-            if (chosen != nullptr && state != State::working) {  // not by the second of two clicks
+            if (shows_network()) {  // not by the second of two clicks
                 show_home(latin1_text(chosen->name));
             }
         },
         Qt::QueuedConnection);
 }
 
+bool Desk::shows_network() const {
+    return state == State::starting || state == State::explaining || state == State::in_service;
+}
+
 void Desk::watch_chosen(const std::set<pid_t>& old_shells) {
-    leave_watch();
+    stop_watching();
     watch = new NetworkWatch(*chosen, old_shells, threads, this);
-    connect(watch, &NetworkWatch::looked, this, &Desk::follow);
+    connect(watch, &NetworkWatch::polled, this, &Desk::follow);
 }
 
 void Desk::follow(const NetworkState& seen) {
     runs = seen.runs;
     was_opened = was_opened || seen.opened;
-    // Not before the new terminal is there: gnome-terminal ends with its last window, and a
-    // terminal that was asked for meanwhile never comes.
+    // Not before the new terminal is there: gnome-terminal's server ends with its last window, and
+    // loses a terminal that is asked for meanwhile.
     if (seen.runs || seen.ended) {
         close_old_terminals();
     }
@@ -421,7 +425,7 @@ void Desk::show_in_service(const NetworkState& seen) {
     if (state != State::in_service) {
         state = State::in_service;
         start_lock.reset();
-        watch->set_calm();
+        watch->slow_down();
         open_url(own_page(seen.address));
     }
 }
@@ -435,8 +439,8 @@ void Desk::fail_start() {
     state = State::explaining;
     find_start_failure(threads, *screen, *chosen,
                        [this, shown = screen.data()](const QString& reason) {
-                           const bool waits = screen == shown && state == State::explaining;
-                           if (waits && window->isVisible()) {
+                           const bool is_awaited = screen == shown && state == State::explaining;
+                           if (is_awaited && window->isVisible()) {
                                give_up_start(reason);
                            }
                        });
@@ -446,28 +450,26 @@ void Desk::give_up_start(const QString& reason) {
     start_lock.reset();
     close_old_terminals();
     if (was_launched) {
-        leave_watch();
+        stop_watching();
         say(*chosen, reason);
         show_home(latin1_text(chosen->name));
         return;
     }
     state = State::in_service;
     screen->show_lost(reason);
-    if (!watch) {
-        watch_chosen({});
-    }
-    watch->set_calm();
+    watch_chosen({});
+    watch->slow_down();
 }
 
 void Desk::leave_chosen() {
-    leave_watch();
+    stop_watching();
     close_old_terminals();
     start_lock.reset();
     screen = nullptr;
     chosen = nullptr;
 }
 
-void Desk::leave_watch() {
+void Desk::stop_watching() {
     if (watch) {
         watch->disconnect(this);
         watch->deleteLater();  // it may be sending its signal
@@ -481,20 +483,20 @@ void Desk::open_page() {
 
 void Desk::restart_chosen() {
     if (state != State::in_service) {
-        return;  // it already restarts: the second of two clicks
+        return;  // it is already restarting: the second of two clicks
     }
     state = State::working;
-    leave_watch();
+    stop_watching();
     screen->show_waiting(QStringLiteral("Démarrage…"));
-    was_launched = false;  // a failure is told on the screen
-    look_before([this] { launch_chosen(); });
+    was_launched = false;  // a failure is shown on the screen
+    check_served_then([this] { launch_chosen(); });
 }
 
 void Desk::stop_and_leave() {
-    if (chosen == nullptr || state == State::working) {
-        return;  // it already stops: the second of two clicks
+    if (!shows_network()) {
+        return;  // it is already stopping: the second of two clicks
     }
-    leave_watch();
+    stop_watching();
     screen->show_waiting(QStringLiteral("Arrêt…"));
     stop(*chosen, [this] { show_home(latin1_text(chosen->name)); });
 }

@@ -19,6 +19,7 @@
 
 class CreationForm;
 struct Launch;
+class NetworkJobs;
 class NetworkList;
 class ReadyScreen;
 
@@ -32,8 +33,8 @@ public:
     Desk();
     ~Desk() override;
 
-    /// Shows the home screen. The button of the network of that registry name
-    /// (its bytes as Latin-1 characters) has the focus, if there is one.
+    /// Shows the home screen. The focus goes to the network of that registry name (its bytes as
+    /// Latin-1 characters), or else to the first one.
     void show_home(const QString& focused_network);
 
 protected:
@@ -44,15 +45,15 @@ private:
     enum class State {
         at_home,
         in_form,
-        working,     ///< on what was clicked: until that is done, no other click does anything
+        working,     ///< on what was clicked: until that is done, clicks are ignored
         starting,    ///< a network was launched, or is asked whether it answers
-        explaining,  ///< why it does not
-        in_service,  ///< it has answered; it may have ceased to
+        explaining,  ///< finding out why it does not
+        in_service,  ///< it has answered, but may have ceased to
     };
 
     void open_window();
-    /// Puts the home screen of a fresh window in the place of what the window shows. The window
-    /// stays: under Wayland, a new one could not tell where it is to come.
+    /// Replaces what the window shows by the home screen of a fresh window. The window itself
+    /// stays: under Wayland, a program cannot say where a new one is to appear.
     void renew_window();
     void read_networks();
     /// Returns whether the list changed between the window's reading and the desk's.
@@ -61,9 +62,11 @@ private:
     void add_menu_buttons();
     /// The menu of network n, below its button.
     void show_menu(int n, const QWidget& button);
-    /// Looks which networks are in service, now and then every two seconds while the home screen is
-    /// shown.
-    void look();
+    /// Checks which networks are in service and marks them, now and then every two seconds while
+    /// the home screen is shown.
+    void check_served();
+    /// Checks which networks are in service, then calls `done`.
+    void check_served_then(const std::function<void()>& done);
     void mark_running();
     void show_form();
     bool may_close();
@@ -72,8 +75,6 @@ private:
     /// meanwhile.
     template <typename Task, typename Done>
     void work(Task task, Done done);
-    /// Looks which networks are in service, then calls `done`.
-    void look_before(const std::function<void()>& done);
 
     /// A click on button n of the home screen.
     void choose(int n);
@@ -82,14 +83,15 @@ private:
     /// Asks whether the networks in service may be stopped for network n. Returns the answer.
     bool may_replace_others(int n);
     void show_loading();
-    /// Makes the start this program's alone, ends the networks in service and launches the chosen
-    /// one.
+    /// Claims the start, ends the networks in service and launches the chosen one.
     void launch_chosen();
     void follow_launch(const Launch& launched);
-    /// Returns why no start can begin, or an empty text: it is then this program's alone.
+    /// Takes the lock of starts. Returns why no start can begin, or an empty text.
     QString claim_start();
     void close_old_terminals();
     void show_ready();
+    /// Returns whether the ready screen is shown and takes clicks.
+    bool shows_network() const;
     void watch_chosen(const std::set<pid_t>& old_shells);
     /// Brings the screen up to date with what the watch saw.
     void follow(const NetworkState& seen);
@@ -97,11 +99,11 @@ private:
     void show_in_service(const NetworkState& seen);
     /// Finds out why the start has failed, then gives it up.
     void fail_start();
-    /// Says why the network does not answer, and goes back to the list; on the ready screen of a
-    /// network that was in service, it is said there.
+    /// Says why the network does not answer and goes back to the list; for a network that had been
+    /// in service, says it on the ready screen.
     void give_up_start(const QString& reason);
     void leave_chosen();
-    void leave_watch();
+    void stop_watching();
     void open_page();
     void restart_chosen();
     void stop_and_leave();
@@ -113,23 +115,24 @@ private:
     std::vector<std::unique_ptr<Network>> networks;  ///< in the order of the buttons
     std::vector<RegisteredNetwork> registered;       ///< the same, as the operator knows them
     NetworkList* list = nullptr;                     ///< of the home screen
-    QPointer<CreationForm> form;
+    NetworkJobs* jobs = nullptr;                     ///< of the home screen
+    CreationForm* form = nullptr;                    ///< of the form's screen
     QPointer<ReadyScreen> screen;
 
     State state = State::at_home;
     const Network* chosen = nullptr;
     bool was_launched = false;  ///< by the click that chose it; else it was in service already
     bool was_raised = false;    ///< the window, over the terminal that opened
-    bool was_opened = false;    ///< its terminal was there since the launch
-    bool runs = false;          ///< its server did, when last seen
+    bool was_opened = false;    ///< its terminal has been there since the launch
+    bool runs = false;          ///< whether its server did, when last polled
     QPointer<NetworkWatch> watch;
     QDeadlineTimer deadline;                           ///< of the start
-    QDeadlineTimer terminal_deadline;                  ///< for one that says something
+    QDeadlineTimer terminal_deadline;                  ///< for one that reports errors or has gone
     std::vector<std::function<void()>> old_terminals;  ///< each closes one
-    std::optional<FileLock> start_lock;  ///< of a start: one at a time among the operator's desks
+    std::optional<FileLock> start_lock;  ///< the operator's desks start one network at a time
 
     std::vector<std::string> directories;  ///< of the networks
-    std::vector<bool> served;              ///< the networks in service, when last seen
-    QTimer marking;
-    QThreadPool threads;  ///< waited for at the end
+    std::vector<bool> served;              ///< whether each is in service, when last checked
+    QTimer marking;                        ///< until the next check
+    QThreadPool threads;                   ///< waited for by the destructor
 };

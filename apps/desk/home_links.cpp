@@ -28,7 +28,7 @@ QPushButton* add_link(QHBoxLayout& row, const char* name, const QString& text,
 void add_program(QHBoxLayout& row, NetworkSelectionWindow& window, const char* name,
                  const QString& text, const char* program) {
     const QString file = program_path(program);
-    QObject::connect(add_link(row, name, text, file), &QPushButton::clicked,
+    QObject::connect(add_link(row, name, text, file), &QPushButton::clicked, &window,
                      [&window, file, program] {
                          if (!QProcess::startDetached(file, {})) {
                              QMessageBox::warning(&window, QStringLiteral("Quorvale"),
@@ -54,7 +54,7 @@ void add_home_links(NetworkSelectionWindow& window) {
     const QString guide = QCoreApplication::applicationDirPath() +
                           QStringLiteral("/../share/doc/quorvale/guide.html");
     QObject::connect(add_link(*row, "guide_button", QStringLiteral("Guide"), guide),
-                     &QPushButton::clicked,
+                     &QPushButton::clicked, &window,
                      [guide] { open_url(QUrl::fromLocalFile(guide).toString()); });
     add_program(*row, window, "client_button", QStringLiteral("Client"), "quorvale-client");
     add_program(*row, window, "setup_button", QStringLiteral("Configuration"), "quorvale-setup");

@@ -2,6 +2,6 @@
 
 class NetworkSelectionWindow;
 
-/// Adds, below the picture of the home screen, what leads to the guide, the client and the
-/// configuration; each only where it is installed.
+/// Adds, below the picture of the home screen, the buttons that open the guide, the client and the
+/// configuration, each only where it is installed.
 void add_home_links(NetworkSelectionWindow& window);

@@ -4,8 +4,8 @@
 
 class QLabel;
 
-/// Makes a label work as a button: it is pressed by a click, by Return and by Space, is reached
-/// with Tab and has a border while it is focused. Belongs to the label.
+/// Makes a label work as a button: it is pressed by a click, Return or Space, is reached with Tab
+/// and has a border while it is focused. Belongs to the label.
 class LabelButton : public QObject {
     Q_OBJECT
 
@@ -13,7 +13,7 @@ public:
     explicit LabelButton(QLabel& shown);
 
 signals:
-    /// Queued, so that the label may be deleted by it.
+    /// Queued, so that a slot may delete the label.
     void pressed();
 
 protected:

@@ -10,14 +10,15 @@
 
 class Network;
 
-/// What came of a launch.
+/// Outcome of a launch.
 struct Launch {
     QString obstacle{};  ///< why the network was not launched, in French; else empty
-    std::vector<std::function<void()>> old_terminals{};  ///< closes those of the servers it ended
-    std::set<pid_t> old_shells{};  ///< the plain shells in the network's directory before it
+    std::vector<std::function<void()>> old_terminals{};  ///< close those of the servers it ended
+    std::set<pid_t> old_shells{};  ///< the plain shells that were in the network's directory before
 };
 
-/// Ends the servers of the other project directories, which have the network's address, then
+/// Ends the servers of the other project directories, which hold the network's address, then
 /// launches it. Without a terminal, or when there are no others and another program holds the port,
-/// nothing is ended or launched. Blocks for some seconds at most; may be called on any thread.
+/// nothing is ended or launched. Blocks, usually for some seconds at most; may be called on any
+/// thread.
 Launch launch(const Network& network, const std::vector<std::string>& others);

@@ -11,7 +11,7 @@ NetworkMenu::NetworkMenu(const RegisteredNetwork& shown, bool served, NetworkJob
                          QWidget& window)
     : QMenu(&window), network(shown) {
     setObjectName(QStringLiteral("network_menu"));
-    // Not at once: the chosen action is sent after the menu was hidden.
+    // Later: the chosen action is triggered after the menu was hidden.
     connect(this, &QMenu::aboutToHide, this, &QObject::deleteLater);
     setAccessibleName(QStringLiteral("Menu de ") + network.name);
     addAction(QStringLiteral("Ouvrir la page"), this, &NetworkMenu::page_chosen)
@@ -27,12 +27,10 @@ NetworkMenu::NetworkMenu(const RegisteredNetwork& shown, bool served, NetworkJob
 }
 
 void NetworkMenu::add_job(const QString& text, NetworkJobs& jobs, Job job) {
-    const RegisteredNetwork& copied = network;
-    QAction* action = addAction(text);
-    // Queued: its dialog is to open once the menu has gone.
+    // Queued: its dialog opens once the menu has gone.
     connect(
-        action, &QAction::triggered, &jobs, [&jobs, job, copied] { (jobs.*job)(copied); },
-        Qt::QueuedConnection);
+        addAction(text), &QAction::triggered, &jobs,
+        [&jobs, job, network = network] { (jobs.*job)(network); }, Qt::QueuedConnection);
 }
 
 void NetworkMenu::add_size() {

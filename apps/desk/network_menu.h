@@ -11,7 +11,7 @@ class NetworkMenu : public QMenu {
     Q_OBJECT
 
 public:
-    /// The jobs' window must outlive the menu's; `served` says whether the network is in service.
+    /// The jobs must outlive the menu; `served` says whether the network is in service.
     NetworkMenu(const RegisteredNetwork& shown, bool served, NetworkJobs& jobs, QWidget& window);
 
 signals:

@@ -18,7 +18,7 @@
 
 namespace {
 
-/// The name that the network's server has to answer, as the network's own program gives it; empty
+/// The name that the network's server should answer, as the network's own program gives it; empty
 /// without that program.
 QByteArray name_by_project(const std::string& directory) {
     const QString package = package_of(directory);
@@ -28,7 +28,7 @@ QByteArray name_by_project(const std::string& directory) {
     return output_of_python({package + QStringLiteral("/hubs/names.py")}, 5000);
 }
 
-NetworkState look_at_processes(const std::string& directory, const std::set<pid_t>& old_shells) {
+NetworkState state_of_processes(const std::string& directory, const std::set<pid_t>& old_shells) {
     NetworkState state;
     state.address = own_address();
     const ProjectProcesses processes = find_processes(directory);
@@ -68,28 +68,28 @@ NetworkWatch::NetworkWatch(const Network& watched, std::set<pid_t> shells, QThre
     web.setProxy(QNetworkProxy::NoProxy);
     timer.setSingleShot(true);
     timer.setInterval(250);
-    connect(&timer, &QTimer::timeout, this, &NetworkWatch::look);
-    read_name([] {});  // while the server comes up
-    look();
+    connect(&timer, &QTimer::timeout, this, &NetworkWatch::poll);
+    read_own_name([] {});  // while the server comes up
+    poll();
 }
 
-void NetworkWatch::set_calm() {
+void NetworkWatch::slow_down() {
     timer.setInterval(2000);
 }
 
-void NetworkWatch::look() {
+void NetworkWatch::poll() {
     work_in_background(
         threads, *this,
         [directory = network.path, shells = old_shells] {
-            return look_at_processes(directory, shells);
+            return state_of_processes(directory, shells);
         },
         [this](const NetworkState& seen) {
             state = seen;
-            ask();
+            ask_name();
         });
 }
 
-void NetworkWatch::ask() {
+void NetworkWatch::ask_name() {
     if (!state.runs) {
         report();
         return;
@@ -97,19 +97,19 @@ void NetworkWatch::ask() {
     QNetworkReply* reply = get(QUrl(own_page(state.address) + QStringLiteral("/_infos/kl/")));
     connect(reply, &QNetworkReply::finished, this, [this, reply] {
         reply->deleteLater();
-        judge(*reply);
+        check_name(*reply);
     });
 }
 
 QNetworkReply* NetworkWatch::get(const QUrl& page) {
     QNetworkRequest request(page);
     request.setTransferTimeout(5000);
-    // As a new visitor: a kept connection would still be served where no new one is accepted.
+    // As a new visitor does: a connection kept open is served even where no new one is accepted.
     request.setRawHeader("Connection", "close");
     return web.get(request);
 }
 
-void NetworkWatch::judge(QNetworkReply& reply) {
+void NetworkWatch::check_name(QNetworkReply& reply) {
     const QByteArray name = reply.read(1000).trimmed();
     if (reply.error() != QNetworkReply::NoError || name.isEmpty()) {
         report();
@@ -121,13 +121,13 @@ void NetworkWatch::judge(QNetworkReply& reply) {
         ask_details(page);
         return;
     }
-    read_name([this, name, page] {  // it may have been renamed
+    read_own_name([this, name, page] {  // it may have been renamed
         state.answers = name == own_name;
         ask_details(page);
     });
 }
 
-void NetworkWatch::read_name(const std::function<void()>& done) {
+void NetworkWatch::read_own_name(const std::function<void()>& done) {
     work_in_background(
         threads, *this, [directory = network.path] { return name_by_project(directory); },
         [this, done](const QByteArray& name) {
@@ -151,5 +151,5 @@ void NetworkWatch::ask_details(const QUrl& page) {
 
 void NetworkWatch::report() {
     timer.start();
-    emit looked(state);
+    emit polled(state);
 }

@@ -14,7 +14,7 @@
 
 namespace {
 
-/// A label of the panel: a line of text that may be selected, to be copied.
+/// A label of the panel: text that can be selected and copied.
 QLabel* panel_label(const char* name, const char* style) {
     auto* label = named(name, new QLabel);
     label->setStyleSheet(QStringLiteral("color: #0b3c66; ") + QLatin1String(style));
@@ -102,7 +102,7 @@ void ReadyScreen::add_panel() {
 }
 
 void ReadyScreen::show_name(const QString& whole) {
-    // In one line: a second one would push the address out of the panel. The title is whole.
+    // On one line: a second one would push the address out of the panel. The title has all of it.
     name->ensurePolished();
     name->setText(name->fontMetrics().elidedText(whole, Qt::ElideMiddle, text_width()));
     name->setAccessibleName(whole);
@@ -148,7 +148,7 @@ void ReadyScreen::set_lost(bool lost) {
     const bool changed = restart->isHidden() == lost;
     restart->setVisible(lost);
     if (changed) {
-        (lost ? restart : access)->setFocus();  // not what stops the network
+        (lost ? restart : access)->setFocus();  // never to what stops the network
     }
 }
 
@@ -176,7 +176,7 @@ void ReadyScreen::draw_code(const QString& url) {
     connect(python, QOverload<int, QProcess::ExitStatus>::of(&QProcess::finished), this,
             [this, python, url] {
                 python->deleteLater();
-                QImage modules;  // a pixel a module; none without segno
+                QImage modules;  // one pixel per module; null without segno
                 if (url != coded_url || !modules.loadFromData(python->readAllStandardOutput())) {
                     return;
                 }

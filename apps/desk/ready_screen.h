@@ -9,7 +9,7 @@ class QPushButton;
 class QWidget;
 struct NetworkState;
 
-/// Makes the window's ready screen tell the truth of one network: its own name, address and names
+/// Makes the window's ready screen show one network as it is: its own name, its address and names
 /// on the LAN, whether it answers, and how many visitors it has. Belongs to the screen.
 class ReadyScreen : public QObject {
     Q_OBJECT
@@ -18,11 +18,11 @@ public:
     /// Replaces the window's screen: the network is starting.
     ReadyScreen(NetworkSelectionWindow& shown, const QString& network_name);
 
-    /// Something is being done with the network, as that text says.
+    /// Shows that something is being done with the network, as the text says.
     void show_waiting(const QString& what);
-    /// The network answers.
+    /// Shows a network that answers.
     void show_answering(const NetworkState& state);
-    /// The network does not answer any more, for that reason.
+    /// Shows that the network does not answer any more, and why.
     void show_lost(const QString& reason);
 
 signals:

@@ -15,8 +15,8 @@
 
 namespace {
 
-/// Who holds the port of the network, in French; empty when nobody does or it cannot be told. The
-/// network's own program tells, so that its terminal says the same.
+/// Who holds the network's port, in French; empty when nobody does or it cannot be told. It is the
+/// network's own program that is asked, so that the terminal shows the same.
 QString port_holder(const std::string& directory, const QString& host) {
     const QString package = package_of(directory);
     if (package.isEmpty()) {
@@ -27,7 +27,7 @@ QString port_holder(const std::string& directory, const QString& host) {
     return QString::fromUtf8(output_of_python(arguments, 5000)).trimmed();
 }
 
-/// The failure that can be seen without Django, or an empty text.
+/// The reason for the failure, if it shows without Django; else an empty text.
 QString visible_failure(const Network& network) {
     if (!has_project(network.path)) {
         return project_missing(network.path);
@@ -55,7 +55,7 @@ QString visible_failure(const Network& network) {
 void find_start_failure(QThreadPool& threads, QObject& context, const Network& network,
                         const std::function<void(const QString&)>& found) {
     const auto told_by_django = [found](int status, const QString& said) {
-        const int refused = 1;  // another status is that of `timeout`
+        const int refused = 1;  // any other status is that of `timeout`
         found(status == refused
                   ? QStringLiteral("Django ne peut pas le charger : ") + last_line(said).left(300)
                   : QStringLiteral("Regardez ce que dit son terminal."));

@@ -15,17 +15,17 @@ struct NetworkState;
 void find_start_failure(QThreadPool& threads, QObject& context, const Network& network,
                         const std::function<void(const QString&)>& found);
 
-/// Returns the end of what the terminal said, which the tool that opens it keeps; empty when that
-/// is nothing.
+/// Returns the end of the terminal's error output, which the tool that opens terminals keeps; empty
+/// when there is none.
 QString terminal_words();
 
 /// Returns why no network can be started: there is no terminal. Empty when there is one.
 QString terminal_obstacle();
 
-/// Returns why a network cannot be started, though no other of the operator's is in service:
-/// another program holds the port. Empty when it can, or when it cannot be told. Runs
-/// commands, for ten seconds at most.
+/// Returns why a network cannot be started though none of the operator's is in service: another
+/// program holds the port. Empty when none does, or when it cannot be told. Runs commands; may be
+/// called on any thread.
 QString port_obstacle(const Network& network);
 
-/// Returns why a network that was in service does not answer any more.
+/// Returns, in French, why a network that was in service does not answer any more.
 QString loss_reason(const NetworkState& state);

@@ -3,7 +3,7 @@
 #include "background_command.h"
 #include "registered_networks.h"
 
-/// Has a network's own project do something with its accounts: runs its command `compte`, with a
+/// Runs the command `compte` of a network's own project, which manages its accounts, with a
 /// password on its standard input, as `run_in_background` does.
 void run_account_command(QObject& owner, const RegisteredNetwork& network,
                          const QStringList& arguments, const QString& password,

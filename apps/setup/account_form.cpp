@@ -17,8 +17,8 @@
 namespace {
 
 struct Role {
-    const char* name;  ///< what the command calls it
-    const char* rights;
+    const char* name;    ///< as the command takes it
+    const char* rights;  ///< in French
 };
 
 /// In the order of the list.
@@ -97,7 +97,7 @@ void AccountForm::start() {
     fields[pseudonym]->setFocus();
 }
 
-bool AccountForm::holds_something() const {
+bool AccountForm::has_input() const {
     return std::any_of(fields.begin(), fields.end(),
                        [](const QLineEdit* field) { return !field->text().isEmpty(); });
 }

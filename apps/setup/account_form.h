@@ -21,23 +21,23 @@ public:
 
     /// The network that new accounts are for.
     void set_network(const RegisteredNetwork& account_network);
-    /// To be called when the form is shown.
+    /// Makes the form ready for a new account; call it when it is shown.
     void start();
-    /// Returns whether something is typed that was not sent.
-    bool holds_something() const;
+    /// Returns whether it holds input that was not sent.
+    bool has_input() const;
 
 signals:
-    /// The operator wants back to the accounts.
+    /// The operator wants to go back to the accounts.
     void left();
 
 private:
     enum Field { pseudonym, name, password, confirmation };
 
     void complete_section();
-    /// Says what an account of the chosen kind may do.
+    /// Shows what an account of the chosen role may do.
     void explain_role(int chosen_role);
     void save();
-    /// Returns whether all fields can be sent; says what is wrong at those that cannot.
+    /// Returns whether all fields can be sent; shows what is wrong with those that cannot.
     bool check();
     /// `network_name` is the network that the account was for: another may have been chosen since.
     void end(int status, const QString& said, const QString& network_name);

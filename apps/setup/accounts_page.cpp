@@ -32,7 +32,7 @@ AccountsPage::AccountsPage()
     page->addWidget(new QLabel(section_title(QStringLiteral("Comptes du réseau"))));
     page->addWidget(list, 1);
     page->addWidget(add_button, 0, Qt::AlignLeft);
-    connect(add_button, &QPushButton::clicked, this, &AccountsPage::adding);
+    connect(add_button, &QPushButton::clicked, this, &AccountsPage::add_requested);
 }
 
 void AccountsPage::show_network(const RegisteredNetwork& shown) {

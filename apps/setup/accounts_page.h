@@ -7,19 +7,19 @@
 class QPushButton;
 class RowList;
 
-/// The accounts of a network, each with what can be done with it.
+/// The accounts of a network, each with the actions for it.
 class AccountsPage : public QWidget {
     Q_OBJECT
 
 public:
     AccountsPage();
 
-    /// Shows the accounts of a network, once its project has told them.
+    /// Shows the accounts of a network, once its project has listed them.
     void show_network(const RegisteredNetwork& shown);
 
 signals:
-    /// An account is to be added.
-    void adding();
+    /// The operator wants to add an account.
+    void add_requested();
 
 private:
     void show_accounts(const QString& listed);
@@ -29,5 +29,5 @@ private:
     RegisteredNetwork network;
     RowList* list;
     QPushButton* add_button;
-    QObject* reading = nullptr;  ///< owns the command that lists; belongs to the page
+    QObject* reading = nullptr;  ///< owns the command that lists them; belongs to the page
 };

@@ -7,15 +7,15 @@
 
 class RowList;
 
-/// The networks of the registry, each with what can be done with it as a whole or, on a page of the
-/// other kind, with its directory.
+/// The networks of the registry, each with the actions for it as a whole or, on a page of the other
+/// kind, for its directory.
 class NetworksPage : public QWidget {
 public:
     enum class Kind { networks, directories };
 
     NetworksPage(Kind shown_kind, NetworkJobs& shown_jobs);
 
-    /// Reads the networks anew.
+    /// Reads the networks again.
     void read();
 
 private:
@@ -25,5 +25,5 @@ private:
     Kind kind;
     NetworkJobs& jobs;
     RowList* list;
-    QObject* reading = nullptr;  ///< owns the command that lists; belongs to the page
+    QObject* reading = nullptr;  ///< owns the command that lists them; belongs to the page
 };

@@ -12,7 +12,7 @@ public:
     PasswordDialog(const RegisteredNetwork& account_network, const QString& account_pseudonym,
                    QWidget* parent);
 
-    /// Asks first when something is typed.
+    /// Asks the operator first when something is typed.
     void reject() override;
 
 private:

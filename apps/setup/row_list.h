@@ -6,8 +6,7 @@ class QHBoxLayout;
 class QPushButton;
 class QVBoxLayout;
 
-/// A list that scrolls. Each row says what it stands for, and has buttons for what can be done with
-/// it.
+/// A list that scrolls, of rows of text with buttons.
 class RowList : public QScrollArea {
 public:
     explicit RowList(const char* name);

@@ -39,7 +39,7 @@ SetupControls::SetupControls(SetupWindow& shown)
     add_section("networks_item", QStringLiteral("Réseaux"), networks_page);
     connect(choice, QOverload<int>::of(&QComboBox::currentIndexChanged), this,
             &SetupControls::choose_network);
-    connect(accounts, &AccountsPage::adding, this, [this] {
+    connect(accounts, &AccountsPage::add_requested, this, [this] {
         show_page(form_page);
         form->start();
     });
@@ -51,7 +51,7 @@ SetupControls::SetupControls(SetupWindow& shown)
     window.installEventFilter(this);
     read_networks();
     show_page(accounts_page);
-    // Large letters need more room than the window has.
+    // A large font needs more room than the window has.
     window.setFixedSize(window.size().expandedTo(window.sizeHint()));
 }
 
@@ -104,7 +104,7 @@ void SetupControls::show_page(int page) {
 }
 
 void SetupControls::read_networks() {
-    // By its directory: it may have been renamed, and others may have its name.
+    // Found again by its directory: it may have been renamed, and others may have its name.
     const int old_index = choice->currentIndex();
     const std::string chosen =
         old_index < 0 ? std::string() : networks[static_cast<std::size_t>(old_index)].directory;
@@ -134,7 +134,7 @@ bool SetupControls::eventFilter(QObject* object, QEvent* event) {
     const bool closing = event->type() == QEvent::Close ||
                          (event->type() == QEvent::KeyPress &&
                           static_cast<const QKeyEvent*>(event)->key() == Qt::Key_Escape);
-    if (object == &window && closing && form->holds_something() &&
+    if (object == &window && closing && form->has_input() &&
         !confirmed(&window, QStringLiteral("Fermer sans ajouter le compte ?"),
                    QStringLiteral("Ce qui est écrit dans le formulaire sera perdu."))) {
         event->ignore();

@@ -28,16 +28,16 @@ protected:
     bool eventFilter(QObject* object, QEvent* event) override;
 
 private:
-    /// Puts the pages where the window has its form, under the choice of a network.
+    /// Replaces the window's form by the pages, below the choice of a network.
     void build_pages();
     void add_section(const char* item, const QString& caption, int page);
     void show_page(int page);
-    /// Reads the networks anew, and keeps the chosen one if it is still there.
+    /// Reads the networks again, and keeps the chosen one if it is still there.
     void read_networks();
     void choose_network(int index);
 
     SetupWindow& window;
-    std::vector<RegisteredNetwork> networks;  ///< in the order of the choice
+    std::vector<RegisteredNetwork> networks;  ///< in the order of the drop-down list
     QStackedWidget* pages;
     QWidget* choice_row;
     QComboBox* choice;

@@ -6,7 +6,7 @@
 /// and belongs to it.
 class SidebarButton : public QPushButton {
 public:
-    /// `caption` is what the item is called on the screen and to a screen reader.
+    /// `caption` is the item's name on the screen and to a screen reader.
     SidebarButton(QWidget& covered, const QString& caption);
 
 protected:
