@@ -55,8 +55,9 @@ class Refresh(unittest.TestCase):
 
     def start(self, *before, program="true", path=os.environ["PATH"], status=0):
         """Start a program, by the command BEFORE it. Return what is said."""
-        run = subprocess.run([*before, "bin/quorvale-start", *program.split()], cwd=self.root, check=False,
-                             stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True,
+        words = (*before, "bin/quorvale-start", *program.split())
+        run = subprocess.run(words, cwd=self.root, check=False, text=True,
+                             stdout=subprocess.PIPE, stderr=subprocess.STDOUT,
                              env={**os.environ, "PATH": path, "QUORVALE_DIR": str(self.work)})
         self.assertEqual(run.returncode, status, run.stdout)
         return run.stdout
