@@ -178,6 +178,7 @@ class Refresh(unittest.TestCase):
             self.write(self.work, {f"{name}/manage.py": MANAGE, f"{name}/nom.txt": f"À {name}\n"})
             self.write(self.work / name / name, OLD if " " not in name else {})
         self.write(self.work, {"Taken/nom.txt": "Atelier"})
+        (self.work / "Unlisted/Unlisted").rename(self.work / "Unlisted/Earlier")
         (self.work / "link").symlink_to("Atelier")
         (self.work / "networks.data").write_bytes(
             f"Atelier|{self.project}|\nno network\nthé|/gone/Moved|".encode())

@@ -116,7 +116,7 @@ def _add(archive: zipfile.ZipFile, name: str, source: Path) -> None:
 
 def _fill(archive: zipfile.ZipFile, network: registry.Network) -> None:
     project = Path(os.path.realpath(network.directory))
-    package = project / project.name
+    package = registry.package_of(project)
     archive.comment = _FORMAT
     archive.writestr("nom.txt", f"{network.name}\n")
     archive.writestr(_DATABASE, _accounts(project / _DATABASE))

@@ -132,13 +132,25 @@ def read_record(directory: Path) -> dict[str, str] | None:
     return {line[1]: line[0] for line in lines if len(line) == 2} or None
 
 
+def package_of(directory: Path) -> Path | None:
+    """The package of a project, which has the network's pages and files. It was named after the
+    directory, which may have been renamed since. The programs in C++ have the same rule, in
+    registered_networks.cpp."""
+    project = Path(os.path.realpath(directory))
+    try:
+        names = [project.name, *sorted(name for name in os.listdir(project) if name[0] != ".")]
+    except OSError:
+        return None
+    return next((project / name for name in names if os.path.isdir(project / name / "hubs")), None)
+
+
 def is_network(directory: Path) -> bool:
     """Whether the directory holds a network of this user."""
-    project = Path(os.path.realpath(directory))
-    package = project / project.name
+    package = package_of(directory)
     # Path's own methods raise for what may not be looked at.
-    return (os.path.isfile(project / "manage.py") and os.path.isfile(package / "settings.py")
-            and os.path.isdir(package / "hubs") and project.stat().st_uid == os.geteuid())
+    return (package is not None and os.path.isfile(package / "settings.py")
+            and os.path.isfile(package.parent / "manage.py")
+            and package.parent.stat().st_uid == os.geteuid())
 
 
 def is_served(directory: Path) -> bool:
