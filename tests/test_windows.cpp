@@ -9,6 +9,7 @@
 #include <QPushButton>
 #include <QTextDocument>
 #include <QUrl>
+#include <QWindow>
 #include <QtTest>
 #include <algorithm>
 #include <memory>
@@ -21,6 +22,7 @@
 #include "applicationsetup.h"
 #include "clientwindow.h"
 #include "french_texts.h"
+#include "maximising_guard.h"
 #include "network_jobs.h"
 #include "network_list.h"
 #include "networkselectionwindow.h"
@@ -434,6 +436,23 @@ private slots:
         use_french_texts();
         QCOMPARE(QCoreApplication::translate("QPlatformTheme", "Cancel"),
                  QStringLiteral("Annuler"));
+    }
+
+    void maximised_from_its_frame() {
+        QWidget window;
+        window.setFixedSize(300, 200);
+        window.show();
+        QWindow& handle = *window.windowHandle();
+        new MaximisingGuard(window);
+        const QSignalSpy widths(&handle, &QWindow::widthChanged);
+        for (const int changes : {2, 4}) {  // as large as asked, then as before
+            handle.setWindowStates(Qt::WindowMaximized);
+            QTRY_COMPARE(widths.count(), changes);
+            QVERIFY(widths[changes - 2][0].toInt() > 300);
+            QTRY_COMPARE(handle.size(), QSize(300, 200));
+            QCOMPARE(handle.windowStates(), Qt::WindowNoState);
+            QCOMPARE(handle.maximumSize(), QSize(300, 200));
+        }
     }
 
     void without_pictures() {
