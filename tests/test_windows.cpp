@@ -619,7 +619,7 @@ private slots:
             asked = std::all_of(labels.begin(), labels.end(), [](const QLabel* label) {
                 return label->text().isEmpty() || label->textFormat() == Qt::PlainText;
             });
-            QTest::keyClick(&question, Qt::Key_Return);
+            QTest::keyClick(&question, Qt::Key_Escape);
         });
         QTest::keyClick(setup.window.get(), Qt::Key_Escape);
         QVERIFY(asked && setup.window->isVisible());
@@ -629,6 +629,9 @@ private slots:
                                                 "«\u00a0B\u00a0»."));
         const QLineEdit& password = *setup.window->findChildren<QLineEdit*>().last();
         QVERIFY(password.text().isEmpty() && password.echoMode() == QLineEdit::Password);
+        auto* back = setup.window->findChild<QPushButton*>(QStringLiteral("back_button"));
+        QTest::mouseClick(back, Qt::LeftButton);
+        QVERIFY(setup.window->findChild<QLabel*>(QStringLiteral("list_text")) != nullptr);  // reads
         QTest::keyClick(setup.window.get(), Qt::Key_Escape);
         QVERIFY(!setup.window->isVisible());
     }
@@ -664,6 +667,7 @@ private slots:
         for (const char* answer : {"no_button", "yes_button"}) {
             answer_question(answer);
             QTest::mouseClick(buttons("remove_button")[1], Qt::LeftButton);
+            QTRY_VERIFY(qApp->findChildren<QTimer*>().isEmpty());  // it was asked
         }
         QTRY_COMPARE(directory.read(QStringLiteral("asked")),
                      "manage.py compte mot-de-passe -- anne sésame\n"
@@ -671,16 +675,36 @@ private slots:
         QTRY_VERIFY(window.findChild<QWidget*>(QStringLiteral("accounts_page"))->isEnabled());
     }
 
-    void renaming() {
-        NetworkSelectionWindow window(nullptr);
-        QString asked;
+    void jobs_of_a_network() {
+        const TestDirectory directory;
+        directory.write(QStringLiteral("networks.data"), "A|/a|\nArts && <u>Lettres|/b|\n");
+        SetupWindow window(nullptr);
+        new SetupControls(window);
+        window.show();
+        const auto buttons = [&](const char* name) {
+            return window.findChildren<QPushButton*>(QLatin1String(name));
+        };
+        QTest::mouseClick(buttons("sidebar_button").last(), Qt::LeftButton);
+        QTRY_COMPARE(buttons("remove_button").size(), 2);
+        QStringList asked;
         answer_dialog("rename_dialog", [&asked](QWidget& dialog) {
-            const auto* label = dialog.findChild<QLabel*>();
-            asked = Qt::mightBeRichText(label->text()) ? label->text() : QString();
+            asked << dialog.findChild<QLabel*>()->text();
+            dialog.findChild<QLineEdit*>()->setText(QStringLiteral("B"));
             dialog.close();
         });
-        NetworkJobs(window).rename({QStringLiteral("Arts & <u>Lettres"), {}});
-        QVERIFY(asked.contains(QStringLiteral("Arts &amp; &lt;u&gt;Lettres")));
+        QTest::mouseClick(buttons("rename_button").last(), Qt::LeftButton);
+        answer_dialog("question", [&asked](QWidget& question) {
+            asked << qobject_cast<QMessageBox*>(&question)->text();
+            question.close();
+        });
+        QTest::mouseClick(buttons("remove_button").last(), Qt::LeftButton);
+        QCOMPARE(
+            asked,
+            QStringList(
+                {QStringLiteral("<span>Nouveau nom de «\u00a0Arts &amp; &lt;u&gt;Lettres"
+                                "\u00a0»\u00a0:</span>"),
+                 QStringLiteral("Supprimer le réseau «\u00a0Arts & <u>Lettres\u00a0»\u00a0?")}));
+        QVERIFY(window.findChild<QWidget*>(QStringLiteral("job_progress")) == nullptr);
     }
 
     void size_in_the_menu() {
