@@ -303,6 +303,7 @@ class TemplateTest(ServedNetworkTest):
         self.assertTrue((self.offered / "lien.txt").is_symlink())
         self.assertFalse((self.project / "dehors.txt").exists())
         self.assertEqual((self.offered / "Été 1.txt").read_text("utf-8"), "premier" * 20_000)
+        self.assertEqual((self.offered / "Été 1.txt").stat().st_mode & 0o777, 0o644)
         staff, self.cookies = self.cookies, {}
         self.ask("/")  # is kept for visitors
         self.cookies = staff
