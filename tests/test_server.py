@@ -255,15 +255,18 @@ class ServerTest(ServedNetworkTest):
         for line in table.read_bytes().splitlines():
             verdict, *words = line.split(b"|")
             self.assertEqual(processes.is_server_command(words), verdict == b"yes", line)
-        deaf = subprocess.Popen(  # what it is called decides, not what it does
+        deaf, other = (subprocess.Popen(  # what it is called decides, not what it does
             ("python3", "--follow", "manage.py", "runserver"), executable="/usr/bin/tail",
-            cwd=self.project, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL,
+            cwd=directory, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL,
             preexec_fn=lambda: signal.signal(signal.SIGTERM, signal.SIG_IGN))
+            for directory in (self.project, self.made))
         self.addCleanup(deaf.kill)
+        self.addCleanup(other.kill)
         ended = processes._ended
         with mock.patch.object(processes, "_ended", lambda pid, _seconds: ended(pid, 0.1)):
             processes.end(self.project)
         self.assertEqual(deaf.wait(60), -signal.SIGKILL)
+        self.assertIsNone(other.poll())
         self.start_server()
         self.ask("/_infos/kl/")  # all its modules are loaded then
         shutil.rmtree(self.project)
