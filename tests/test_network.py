@@ -291,9 +291,12 @@ class Network(unittest.TestCase):
         self.done("remove", "Forge", XDG_DATA_HOME=str(self.root / "data"))
         self.assertTrue((self.root / "data/Trash/files/Forge/db.sqlite3").exists())
         self.assertEqual(self.registry(), RECORDED.removesuffix(b"Forge|/Forge|"))
-        with (self.work / "networks.data").open("a") as registry:
+        (self.work / "networks.data").rename(self.work / "liste")
+        (self.work / "networks.data").symlink_to("liste")
+        with (self.work / "liste").open("a") as registry:
             registry.write(f"Maison|{self.root}|\n")
         self.assertIn("que dans la liste", self.done("remove", "Maison"))
+        self.assertTrue((self.work / "networks.data").is_symlink())
         self.assertTrue(self.root.exists())
 
     def test_kills(self):

@@ -80,6 +80,8 @@ class Refresh(unittest.TestCase):
                 said = self.upgrade()
                 for name in NEW:
                     self.assertEqual(self.now(name), OLD[name] if "ress" in name else NEW[name])
+                    self.assertEqual((self.package / name).stat().st_mode & 0o777,
+                                     (self.root / "share/quorvale" / name).stat().st_mode & 0o777)
                 self.assertIn("static/a.css", said)
                 self.assertNotIn("Gardés", said)
                 self.assertEqual(self.start(), "")
@@ -147,6 +149,12 @@ class Refresh(unittest.TestCase):
                 self.assertIn(str(directory), said.splitlines())
         self.assertFalse((self.work / "style.qss").exists())
         self.assertEqual(list(self.work.glob("tmp*")), [])
+        self.write(self.root / "share/quorvale", {"neuf/a.css": "1"})
+        (self.work / "neuf").write_text("")  # stands in the way of a folder
+        self.assertIn("n'a pas pu", self.start())
+        (self.work / "neuf").unlink()
+        self.assertEqual(self.start(), "")
+        self.assertTrue((self.work / "neuf/a.css").exists())
 
     def test_directory_that_others_hold(self):
         descriptor = os.open(self.work, os.O_RDONLY)
