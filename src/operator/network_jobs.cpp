@@ -53,7 +53,7 @@ void NetworkJobs::rename(const RegisteredNetwork& network) {
     dialog.setWindowTitle(QStringLiteral("Renommer le réseau"));
     // As rich text, where nothing of a name is taken for a tag or a mnemonic.
     dialog.setLabelText(
-        QStringLiteral("<span>Nouveau nom de %1 :</span>").arg(quoted(network).toHtmlEscaped()));
+        QStringLiteral("<span>Nouveau nom de %1 :</span>").arg(quoted(network).toHtmlEscaped()));
     dialog.setTextValue(network.name);
     dialog.setOkButtonText(QStringLiteral("Renommer"));
     dialog.setCancelButtonText(QStringLiteral("Annuler"));
