@@ -61,7 +61,7 @@ bool replace_registry(const QByteArray& contents) {
 }
 
 int refuse(const char* reason) {
-    std::cerr << registry_file << " : " << reason << std::endl;
+    std::cerr << registry_file << " : " << reason << std::endl;
     return 1;
 }
 
