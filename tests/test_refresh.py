@@ -115,6 +115,16 @@ class Refresh(unittest.TestCase):
                 self.assertEqual(self.now("static/a.css"), "1")
                 self.assertFalse((self.package / "hubs/later.py").exists())
 
+    def test_one_that_cannot_be_written_stops_no_other(self):
+        self.write(self.work, {"Suite/manage.py": ""})
+        self.write(self.work / "Suite/Suite", OLD)
+        self.start()  # lists it
+        self.write(self.project, {".anciens": ""})
+        self.write(self.root / "share/quorvale", NEW)
+        self.assertIn("n'ont pas pu", self.start())
+        style = self.work / "Suite/Suite/static/a.css"
+        self.assertEqual(style.read_text(), NEW["static/a.css"])
+
     def test_what_a_power_cut_left(self):
         self.start()
         for file in ("urls.py", "settings.py", "hubs/__init__.py"):
