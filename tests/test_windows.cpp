@@ -99,6 +99,10 @@ QString expected_snapshot(const QString& name) {
     return QString::fromUtf8(file.readAll());
 }
 
+QList<QPushButton*> buttons(const QWidget& window, const char* name) {
+    return window.findChildren<QPushButton*>(QLatin1String(name));
+}
+
 QPushButton* button(const QWidget& window, int number) {
     return window.findChildren<QPushButton*>().at(number);
 }
@@ -185,8 +189,7 @@ struct Client {
     }
 
     void click(const char* name, int number = 0) {
-        const auto buttons = window.findChildren<QPushButton*>(QLatin1String(name));
-        QTest::mouseClick(buttons[number], Qt::LeftButton);
+        QTest::mouseClick(buttons(window, name)[number], Qt::LeftButton);
     }
 
     /// Whether it says so, and the browser was sent there.
@@ -229,7 +232,7 @@ struct Setup {
         return *window->findChild<QComboBox*>(QStringLiteral("network_choice"));
     }
     QPushButton* last_button(const char* name) const {
-        return window->findChildren<QPushButton*>(QLatin1String(name)).last();
+        return buttons(*window, name).last();
     }
     QString result() const {
         const auto* label = window->findChild<QLabel*>(QStringLiteral("result"));
@@ -650,11 +653,8 @@ private slots:
         SetupWindow window(nullptr);
         new SetupControls(window);
         window.show();
-        const auto buttons = [&](const char* name) {
-            return window.findChildren<QPushButton*>(QLatin1String(name));
-        };
-        QTRY_COMPARE(buttons("remove_button").size(), 2);
-        QVERIFY(!buttons("remove_button")[0]->isEnabled());  // of the last super-user
+        QTRY_COMPARE(buttons(window, "remove_button").size(), 2);
+        QVERIFY(!buttons(window, "remove_button")[0]->isEnabled());  // of the last super-user
         QByteArray refused;
         answer_dialog("password_dialog", [&](QWidget& dialog) {
             const QStringList typed = {QStringLiteral("sésame"), QStringLiteral("sésame")};
@@ -662,11 +662,11 @@ private slots:
             directory.write(QStringLiteral("works"), {});
             QTest::keyClick(&dialog, Qt::Key_Return);
         });
-        QTest::mouseClick(buttons("password_button")[0], Qt::LeftButton);
+        QTest::mouseClick(buttons(window, "password_button")[0], Qt::LeftButton);
         QCOMPARE(refused, "Erreur.||");
         for (const char* answer : {"no_button", "yes_button"}) {
             answer_question(answer);
-            QTest::mouseClick(buttons("remove_button")[1], Qt::LeftButton);
+            QTest::mouseClick(buttons(window, "remove_button")[1], Qt::LeftButton);
             QTRY_VERIFY(qApp->findChildren<QTimer*>().isEmpty());  // it was asked
         }
         QTRY_COMPARE(directory.read(QStringLiteral("asked")),
@@ -681,23 +681,20 @@ private slots:
         SetupWindow window(nullptr);
         new SetupControls(window);
         window.show();
-        const auto buttons = [&](const char* name) {
-            return window.findChildren<QPushButton*>(QLatin1String(name));
-        };
-        QTest::mouseClick(buttons("sidebar_button").last(), Qt::LeftButton);
-        QTRY_COMPARE(buttons("remove_button").size(), 2);
+        QTest::mouseClick(buttons(window, "sidebar_button").last(), Qt::LeftButton);
+        QTRY_COMPARE(buttons(window, "remove_button").size(), 2);
         QStringList asked;
         answer_dialog("rename_dialog", [&asked](QWidget& dialog) {
             asked << dialog.findChild<QLabel*>()->text();
             dialog.findChild<QLineEdit*>()->setText(QStringLiteral("B"));
             dialog.close();
         });
-        QTest::mouseClick(buttons("rename_button").last(), Qt::LeftButton);
+        QTest::mouseClick(buttons(window, "rename_button").last(), Qt::LeftButton);
         answer_dialog("question", [&asked](QWidget& question) {
             asked << qobject_cast<QMessageBox*>(&question)->text();
             question.close();
         });
-        QTest::mouseClick(buttons("remove_button").last(), Qt::LeftButton);
+        QTest::mouseClick(buttons(window, "remove_button").last(), Qt::LeftButton);
         QCOMPARE(
             asked,
             QStringList(
