@@ -66,10 +66,15 @@ read_screen() {
     [ -n "$content" ]
 }
 
-# Whether the window of exactly that title shows its widgets, which are left in $content. A program
-# that is busy is not asked for them before its window is there.
+# Leaves in $window the number of the window of exactly that title; fails when there is none: TITLE.
+find_window() {
+    window=$(xdotool search --onlyvisible --name "^$1\$")
+}
+
+# Whether the window of exactly that title, left in $window, shows its widgets, which are left in
+# $content. A program that is busy is not asked for them before its window is there.
 shown() {
-    xdotool search --onlyvisible --name "^$1\$" && read_screen "$1"
+    find_window "$1" && read_screen "$1"
 }
 
 # Whether a window shows that text: TITLE TEXT.
@@ -77,20 +82,25 @@ says() {
     read_screen "$1" && [[ $content = *"$2"* ]]
 }
 
-# Brings a window to the front: TITLE. Its number is then in $window. A message of the same program,
-# which the window waits for, stays in front of it.
+# Asks for the window of $window to be in front and looks whether its program is. A message of the
+# same program, which the window waits for, stays in front of it.
+in_front() {
+    local wanted active
+    {
+        read -r wanted
+        read -r active
+    } < <(xdotool windowactivate "$window" getwindowpid "$window" getactivewindow getwindowpid) &&
+        [ "$wanted" = "$active" ]
+}
+
+# Brings a window to the front: TITLE. It is that of $window, unless another has taken its place.
 brought() {
-    window=$(xdotool search --onlyvisible --name "^$1\$") || return
-    xdotool windowactivate "$window" && in_front "$window" && return
+    in_front && return
     sleep 0.1
-    in_front "$window"
+    find_window "$1" && in_front
 }
 
 no_window() { ! xdotool search --onlyvisible --name "^$1\$"; }
-
-in_front() {
-    [ "$(xdotool getactivewindow getwindowpid)" = "$(xdotool getwindowpid "$1")" ]
-}
 
 # Waits for a window and brings it to the front: TITLE. Prints its number.
 to_front() {
