@@ -12,27 +12,12 @@ import time
 import unittest
 from pathlib import Path
 
-from quick_django import place_template
+from quick_django import QUICK_DJANGO
 
 sys.path.append(str(Path(__file__).resolve().parent.parent / "trial"))
 from visitor import Visitor  # noqa: E402  (of the folder that was just added)
 
-ENVIRONMENT = {**os.environ, "PATH": "/usr/bin:/bin", "PYTHONDONTWRITEBYTECODE": "1",
-               "DJANGO_SUPERUSER_PASSWORD": "un mot de passe"}
-
-# A hash that takes no time: the trials of the programs make accounts with the real one.
-QUICK_HASHER = """
-PASSWORD_HASHERS = ["django.contrib.auth.hashers.MD5PasswordHasher"]
-"""
-
-# Two commands of manage.py in one process.
-PREPARE_DATABASE = """
-import os
-os.environ["DJANGO_SETTINGS_MODULE"] = "Atelier.settings"
-from django.core.management import execute_from_command_line as run
-run(["manage.py", "migrate", "--verbosity=0"])
-run(["manage.py", "createsuperuser", "--no-input", "--username=zoé", "--email=z@localhost"])
-"""
+ENVIRONMENT = {**os.environ, "PATH": "/usr/bin:/bin", "PYTHONDONTWRITEBYTECODE": "1"}
 
 
 def own_port():
@@ -50,25 +35,12 @@ def run_in(directory, *command):
 
 
 class ServedNetworkTest(unittest.TestCase, Visitor):
-    @classmethod
-    def setUpClass(cls):
-        """Make the network that each test gets a copy of, and the database with an account."""
-        directory = tempfile.TemporaryDirectory()
-        cls.addClassCleanup(directory.cleanup)
-        cls.made = Path(directory.name, "Atelier")
-        run_in(directory.name, "django-admin", "startproject", "Atelier")
-        place_template(cls.made / "Atelier")
-        with open(cls.made / "Atelier" / "settings.py", "a", encoding="utf-8") as settings:
-            settings.write(QUICK_HASHER)
-        whole = shutil.copytree(cls.made, Path(directory.name, "whole"))
-        run_in(whole, "python3", "-c", PREPARE_DATABASE)
-        cls.accounts = whole / "db.sqlite3"
-
     def setUp(self):
         Visitor.__init__(self, "127.0.0.1")
         directory = tempfile.TemporaryDirectory()
         self.addCleanup(directory.cleanup)
-        self.project = shutil.copytree(self.made, Path(directory.name, "Atelier"))
+        self.project = shutil.copytree(QUICK_DJANGO / "Atelier", Path(directory.name, "Atelier"),
+                                       ignore=shutil.ignore_patterns("db.sqlite3", "secret_key"))
         self.offered = self.project / "Atelier" / "ressources"
         self.handed_in = self.project / "Atelier" / "depots"
         self.offer("Bienvenue.txt")
@@ -86,7 +58,7 @@ class ServedNetworkTest(unittest.TestCase, Visitor):
         (self.handed_in / ".ouverte").touch()
 
     def make_account(self):
-        shutil.copy(self.accounts, self.project)
+        shutil.copy(QUICK_DJANGO / "Atelier/db.sqlite3", self.project)
 
     def start_server(self, verbosity=1, address="127.0.0.1", **options):
         self.port = self.port or own_port()

@@ -14,14 +14,13 @@ import zipfile
 from contextlib import chdir
 from pathlib import Path
 
-from quick_django import make_commands, place_template
+from quick_django import PROGRAMS, QUICK_DJANGO, place_template
 
 SOURCE = Path(__file__).resolve().parent.parent
 sys.dont_write_bytecode = True
 sys.path.append(str(SOURCE / "apps/network"))
 import registry  # noqa: E402
 
-PROGRAMS = Path(sys.argv.pop())
 RECORDED = b"\xc9t\xe9|/Ete|\nnot a network\nForge|/Forge|"
 # Ends the program before one of the steps that change something, as a kill does.
 KILLS = """
@@ -48,8 +47,7 @@ class Network(unittest.TestCase):
         cls.made = Path(directory.name, "Tesquin")
         cls.made.mkdir()
         place_template(cls.made / ".modele")
-        make_commands(Path(directory.name))
-        cls.path = f"{directory.name}:/usr/bin:/bin"
+        cls.path = f"{QUICK_DJANGO}:/usr/bin:/bin"
         for name in ("Été", "Forge"):
             subprocess.run([PROGRAMS / "quorvale-new", name], cwd=cls.made, check=True,
                            env={**os.environ, "PATH": cls.path}, stdout=subprocess.DEVNULL)

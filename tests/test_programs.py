@@ -8,26 +8,18 @@ import shutil
 import signal
 import sqlite3
 import subprocess
-import sys
 import tempfile
 import termios
 import time
 import unittest
 from pathlib import Path
 
-from quick_django import PARTS, make_commands, place_template
+from quick_django import COMMANDS, PARTS, PROGRAMS, copy_commands, place_template
 
-PROGRAMS = Path(sys.argv.pop())
 LAUNCH = "cd {} && python3 manage.py runserver 10.0.0.7:8000 ; exec bash"
 
 
 class Programs(unittest.TestCase):
-    @classmethod
-    def setUpClass(cls):
-        directory = tempfile.TemporaryDirectory()
-        cls.addClassCleanup(directory.cleanup)
-        cls.quick_django = make_commands(Path(directory.name))
-
     def setUp(self, folder="Réseaux"):
         directory = tempfile.TemporaryDirectory()
         self.addCleanup(directory.cleanup)
@@ -52,8 +44,7 @@ class Programs(unittest.TestCase):
 
     def place_template(self):
         place_template(self.work)
-        for command in self.quick_django:
-            shutil.copy(command, self.work / "bin")
+        copy_commands(self.work / "bin")
 
     def program(self, name, *arguments, typed=""):
         """The program's status, output and errors, when it and all it started have ended."""
@@ -175,8 +166,8 @@ class Programs(unittest.TestCase):
         for status, account, password in [(3, "anne", "court"), (4, "anne/", "Tres-Long-77"),
                                           (0, "-h", "Tres-Long-77")]:
             if status == 0:  # by Django itself
-                for command in self.quick_django:
-                    (self.work / "bin" / command.name).unlink()
+                for command in COMMANDS:
+                    (self.work / "bin" / command).unlink()
             done = self.program("new", "--admin", account, "--", "Été", typed=password)
             self.assertEqual((done[0], bool(done[2])), (status, status != 0), done[2])
             self.assertEqual("est créé" in done[1], status == 0)
@@ -253,6 +244,7 @@ class Programs(unittest.TestCase):
                 self.start(PROGRAMS / "quorvale-new", "Été").wait(60)
                 self.assertFalse((self.work / "networks.data").exists())
                 (self.work / "bin" / command).unlink()
+                copy_commands(self.work / "bin")
         (self.work / "Ete").rename(self.work / "whole")  # as it was when its place was to be synced
         self.assertTrue((self.work / "whole/db.sqlite3").exists())
         self.assertEqual(self.program("new", "Été")[0], 0)

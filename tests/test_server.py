@@ -16,7 +16,7 @@ import unittest
 from pathlib import Path
 from unittest import mock
 
-from quick_django import RUNTIME
+from quick_django import QUICK_DJANGO, RUNTIME
 from served_network import ServedNetworkTest, Visitor
 
 sys.dont_write_bytecode = True
@@ -259,7 +259,7 @@ class ServerTest(ServedNetworkTest):
             ("python3", "--follow", "manage.py", "runserver"), executable="/usr/bin/tail",
             cwd=directory, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL,
             preexec_fn=lambda: signal.signal(signal.SIGTERM, signal.SIG_IGN))
-            for directory in (self.project, self.made))
+            for directory in (self.project, QUICK_DJANGO / "Atelier"))
         self.addCleanup(deaf.kill)
         self.addCleanup(other.kill)
         ended = processes._ended
