@@ -129,8 +129,8 @@ void ReadyScreen::show_answering(const NetworkState& state) {
     names->setText(reached ? state.names.join(QStringLiteral("   ")) : QString());
     names->setVisible(!names->text().isEmpty());
     details->setText(reached ? visitors_text(state.visitors)
-                             : QStringLiteral("Cette machine n'a pas d'adresse sur le réseau local "
-                                              ": vérifiez son câble ou son wifi."));
+                             : QStringLiteral("Cette machine n'a pas d'adresse sur le réseau "
+                                              "local\u00a0: vérifiez son câble ou son wifi."));
     code->setVisible(reached);
 }
 
