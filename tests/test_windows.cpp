@@ -22,6 +22,7 @@
 #include "applicationsetup.h"
 #include "clientwindow.h"
 #include "french_texts.h"
+#include "held_keys.h"
 #include "maximising_guard.h"
 #include "network_jobs.h"
 #include "network_list.h"
@@ -335,6 +336,30 @@ private slots:
         for (const QPoint& corner : {QPoint(0, 0), QPoint(799, 399)}) {
             QCOMPARE(ready.pixelColor(corner), QColor(0x33, 0x99, 0xff));
         }
+    }
+
+    void held_key_on_the_ready_screen() {
+        ignore_held_return();
+        const ProductDirectory directory;
+        const auto window = screen(QStringLiteral("ready"));
+        auto* access = window->findChild<QPushButton*>(QStringLiteral("access_button"));
+        access->disconnect();
+        const QSignalSpy pressed(access, &QPushButton::clicked);
+        const struct {
+            unsigned long when;
+            QEvent::Type type;
+            bool is_repeat;
+        } events[] = {
+            {1, QEvent::KeyPress, false},   {2, QEvent::KeyPress, true},
+            {3, QEvent::KeyRelease, false}, {3, QEvent::KeyPress, false},  // X repeats so, too
+            {4, QEvent::KeyRelease, false}, {5, QEvent::KeyPress, false},
+            {6, QEvent::KeyRelease, false}, {7, QEvent::KeyPress, false}};
+        for (const auto& [when, type, is_repeat] : events) {
+            QKeyEvent event(type, Qt::Key_Return, Qt::NoModifier, {}, is_repeat);
+            event.setTimestamp(when);
+            QApplication::sendEvent(access, &event);
+        }
+        QCOMPARE(pressed.count(), 3);
     }
 
     void eight_whole_names() {

@@ -6,6 +6,7 @@
 #include "clientwindow.h"
 #include "command_line.h"
 #include "french_texts.h"
+#include "held_keys.h"
 #include "search_wait.h"
 
 namespace {
@@ -35,6 +36,7 @@ int main(int argc, char** argv) {
     }
     const ApplicationSetup setup;
     use_french_texts();
+    ignore_held_return();
     int status = 0;
     do {
         const std::unique_ptr<ClientWindow> window = searched_window();

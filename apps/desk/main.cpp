@@ -6,6 +6,7 @@
 #include "command_line.h"
 #include "desk.h"
 #include "french_texts.h"
+#include "held_keys.h"
 
 namespace {
 
@@ -39,6 +40,7 @@ int main(int argc, char** argv) {
     }
     const ApplicationSetup setup;
     use_french_texts();
+    ignore_held_return();
     QTemporaryFile terminal_words;  // for the tool that opens terminals; shown when none opens
     if (terminal_words.open()) {
         qputenv("QUORVALE_TERMINAL_WORDS", QFile::encodeName(terminal_words.fileName()));
